@@ -1,0 +1,1 @@
+// Placeholder translation unit; the library grows feature and style classes.

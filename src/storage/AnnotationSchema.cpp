@@ -1,0 +1,107 @@
+#include "AnnotationSchema.h"
+
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <sys/stat.h>
+
+#include "AnnotationLayerNS.h"
+#include "SpatialiteHandler.h"
+#include "SqlStatement.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+namespace AnnotationLayerNS {
+namespace {
+
+const char kTag[] = "[CreateAnnotationDatabase]:";
+
+// The root folder is checked (1) and expanded (4).
+constexpr int kRootStatus = 1 | 4;
+
+bool InsertRootFolder(sqlite3* db, const std::string& uuid) {
+  CSqlStatement order(db,
+                      "INSERT INTO 'main'.'folder_order'( 'uuid', 'left_uuid', 'right_uuid', "
+                      "'order_num') VALUES( ?, '', '', 0)",
+                      kTag);
+  if (!order.IsValid()) return false;
+  order.BindText(1, uuid, false);
+  if (!order.StepDone()) return false;
+
+  CSqlStatement status(db,
+                       "INSERT INTO 'main'.'folder_status'( 'puuid', 'type', 'value', 'data') "
+                       "VALUES( ?, 1, ?, NULL)",
+                       kTag);
+  if (!status.IsValid()) return false;
+  status.BindText(1, uuid, false);
+  status.BindInt(2, kRootStatus);
+  if (!status.StepDone()) return false;
+  const std::string indexText = "s:" + std::to_string(sqlite3_last_insert_rowid(db));
+
+  CSqlStatement folder(db,
+                       "INSERT INTO 'main'.'folder'( 'uuid', 'puuid', 'type', 'name', 'index_id') "
+                       "VALUES(?,?,?,?,?)",
+                       kTag);
+  if (!folder.IsValid()) return false;
+  folder.BindText(1, uuid, false);
+  folder.BindText(2, "", false);
+  folder.BindInt(3, FOLDER_TYPE_ROOT);
+  folder.BindText(4, "Root", false);
+  folder.BindText(5, indexText, false);
+  return folder.StepDone();
+}
+
+bool CreateTables(sqlite3* db) {
+  char* error = nullptr;
+  if (sqlite3_exec(db, AnnotationLayerInner::kAnnotationSchemaSql, nullptr, nullptr, &error) !=
+      SQLITE_OK) {
+    ZuLogError(-1) << kTag << (error != nullptr ? error : sqlite3_errmsg(db));
+    sqlite3_free(error);
+    return false;
+  }
+  // AddGeometryColumn reports failure as a 0 result, not as an SQL error: check the outcome.
+  CSqlStatement check(db,
+                      "SELECT COUNT(*) FROM geometry_columns WHERE f_table_name = 'shape' AND "
+                      "f_geometry_column = 'geom' AND spatial_index_enabled = 1",
+                      kTag);
+  if (!check.IsValid() || !check.StepRow() || check.ColumnInt(0) != 1) {
+    ZuLogError(-1) << kTag << "the geometry column shape.geom could not be created";
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool CreateAnnotationDatabase(const std::string& path, std::string* rootUuid) {
+  if (path.empty()) {
+    ZuLogError(-1) << kTag << "empty path";
+    return false;
+  }
+  const std::string fsPath = AnnotationLayerInner::LocalToUtf8(path);
+  struct stat info;
+  if (stat(fsPath.c_str(), &info) == 0) {
+    ZuLogError(-1) << kTag << "file exists: " << path;
+    return false;
+  }
+
+  CSpatialiteHandler handler;
+  if (!handler.OpenByCreate(path)) {
+    std::remove(fsPath.c_str());
+    return false;
+  }
+  sqlite3* db = handler.GetDB();
+  const std::string uuid = ZuGenerateUUID();
+  bool ok = handler.Transaction();
+  ok = ok && CreateTables(db) && InsertRootFolder(db, uuid);
+  ok = ok ? handler.Commit() : (handler.RollBack(), false);
+  handler.Close();
+  if (!ok) {
+    std::remove(fsPath.c_str());
+    return false;
+  }
+  if (rootUuid != nullptr) *rootUuid = uuid;
+  return true;
+}
+
+}  // namespace AnnotationLayerNS

@@ -1,0 +1,188 @@
+#include "SpatialiteHandler.h"
+
+#include <sqlite3.h>
+#include <spatialite.h>
+#include <spatialite/gaiageo.h>
+
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::LocalToUtf8;
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+// Runs a statement with sqlite3_exec; on failure logs `errorText` + SQLite's error text.
+bool ExecLogged(sqlite3* db, const std::string& sql, const char* errorText) {
+  char* error = nullptr;
+  if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &error) == SQLITE_OK) return true;
+  ZuLogError(-1) << errorText << (error != nullptr ? error : "");
+  sqlite3_free(error);
+  return false;
+}
+
+bool ExecQuiet(sqlite3* db, const std::string& sql) {
+  return sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+}  // namespace
+
+CSpatialiteHandler::CSpatialiteHandler() : db_(nullptr), cache_(nullptr) {}
+
+CSpatialiteHandler::~CSpatialiteHandler() = default;
+
+bool CSpatialiteHandler::Open(const std::string& path, bool readOnly) {
+  // Tested on the cache, not the connection: a plain connection opened by OpenNoSpatial is not
+  // taken as open here and is replaced by a second one. Kept as designed.
+  if (cache_ != nullptr) return true;
+  return OpenWithFlags(path, readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE, true,
+                       "[CSpatialiteHandler] Open Error! ");
+}
+
+bool CSpatialiteHandler::OpenNoSpatial(const std::string& path, bool readOnly) {
+  if (db_ != nullptr) return true;
+  return OpenWithFlags(path, readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE, false,
+                       "[CSpatialiteHandler] OpenNoSpatial Error! ");
+}
+
+bool CSpatialiteHandler::OpenByCreate(const std::string& path) {
+  if (cache_ != nullptr) return true;
+  return OpenWithFlags(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, true,
+                       "[CSpatialiteHandler] OpenByCreate Error! ");
+}
+
+bool CSpatialiteHandler::OpenWithFlags(const std::string& path, int flags, bool spatial,
+                                       const char* errorText) {
+  if (path.empty()) return false;
+  const std::string utf8Path = LocalToUtf8(path);
+  sqlite3* db = nullptr;
+  if (sqlite3_open_v2(utf8Path.c_str(), &db, flags, nullptr) != SQLITE_OK) {
+    ZuLogError(-1) << errorText << (db != nullptr ? sqlite3_errmsg(db) : "out of memory");
+    sqlite3_close(db);
+    db_ = nullptr;
+    return false;
+  }
+  db_ = db;
+  if (!spatial) return true;
+  cache_ = spatialite_alloc_connection();
+  spatialite_init_ex(db_, cache_, 0);
+  if (!InitSpatialMetadata()) {
+    Close();
+    return false;
+  }
+  return true;
+}
+
+bool CSpatialiteHandler::Close() {
+  if (db_ == nullptr) return true;
+  sqlite3_close(db_);
+  if (cache_ != nullptr) {
+    spatialite_cleanup_ex(cache_);
+    spatialite_shutdown();
+  }
+  db_ = nullptr;
+  cache_ = nullptr;
+  return true;
+}
+
+bool CSpatialiteHandler::InitSpatialMetadata() {
+  if (db_ == nullptr) return false;
+  if (ExecQuiet(db_, "SELECT COUNT(*) FROM spatial_ref_sys")) return true;
+  return ExecLogged(db_, "SELECT InitSpatialMetadata(1)",
+                    "[CSpatialiteHandler] InitSpatialMetadata Error! ");
+}
+
+bool CSpatialiteHandler::AddGeometryColumn(const std::string& table, const std::string& column,
+                                           int typeCode) {
+  if (db_ == nullptr || table.empty() || column.empty()) return false;
+  if (ExecQuiet(db_, "SELECT " + column + " FROM " + table)) return false;
+  if (ExecQuiet(db_, "SELECT COUNT(*)  FROM idx_" + table + "_" + column)) return false;
+  if (!ExecLogged(db_,
+                  "SELECT AddGeometryColumn('" + table + "', '" + column + "', 4326, '" +
+                      GeometryTypeName(typeCode) + "', 1)",
+                  "[CSpatialiteHandler] AddGeometryColumn Error! ")) {
+    return false;
+  }
+  return ExecLogged(db_, "SELECT CreateSpatialIndex('" + table + "', '" + column + "')",
+                    "[CSpatialiteHandler] CreateSpatialIndex Error! ");
+}
+
+bool CSpatialiteHandler::SetForeignKeys(bool on) {
+  return sqlite3_exec(db_, on ? "PRAGMA foreign_keys = ON" : "PRAGMA foreign_keys = OFF", nullptr,
+                      nullptr, nullptr) == SQLITE_OK;
+}
+
+bool CSpatialiteHandler::SetSynchronous(bool on) {
+  return sqlite3_exec(db_, on ? "PRAGMA synchronous = ON" : "PRAGMA synchronous = OFF", nullptr,
+                      nullptr, nullptr) == SQLITE_OK;
+}
+
+namespace {
+
+bool RunTransactionStatement(sqlite3* db, const char* sql, const char* tag) {
+  if (db == nullptr) return false;
+  char* error = nullptr;
+  int rc = sqlite3_exec(db, sql, nullptr, nullptr, &error);
+  if (rc != SQLITE_OK) ZuLogError(-1) << tag << sqlite3_errmsg(db);
+  sqlite3_free(error);
+  return rc == SQLITE_OK;
+}
+
+}  // namespace
+
+bool CSpatialiteHandler::Transaction() { return RunTransactionStatement(db_, "BEGIN", "[Transaction]:"); }
+
+bool CSpatialiteHandler::Commit() { return RunTransactionStatement(db_, "COMMIT", "[Commit]:"); }
+
+bool CSpatialiteHandler::RollBack() {
+  return RunTransactionStatement(db_, "ROLLBACK", "[RollBack]:");
+}
+
+int CSpatialiteHandler::BindText(sqlite3_stmt* statement, int index, const std::string& text,
+                                 bool toUtf8) {
+  if (toUtf8) {
+    const std::string utf8 = LocalToUtf8(text);
+    return sqlite3_bind_text(statement, index, utf8.data(), static_cast<int>(utf8.size()),
+                             SQLITE_TRANSIENT);
+  }
+  return sqlite3_bind_text(statement, index, text.data(), static_cast<int>(text.size()),
+                           SQLITE_TRANSIENT);
+}
+
+void CSpatialiteHandler::ResetStatement(sqlite3_stmt* statement) {
+  if (statement == nullptr) return;
+  sqlite3_reset(statement);
+  sqlite3_clear_bindings(statement);
+}
+
+std::string CSpatialiteHandler::ColumnText(const char* text, bool toLocal) {
+  if (text == nullptr) return std::string();
+  return toLocal ? Utf8ToLocal(text) : std::string(text);
+}
+
+std::string CSpatialiteHandler::BlobToWkt(const unsigned char* blob, int size) {
+  if (blob == nullptr || size < 1) return std::string();
+  gaiaGeomCollPtr geometry = gaiaFromSpatiaLiteBlobWkb(blob, static_cast<unsigned int>(size));
+  if (geometry == nullptr) return std::string();
+  std::string wkt;
+  gaiaOutBuffer buffer;
+  gaiaOutBufferInitialize(&buffer);
+  gaiaOutWkt(&buffer, geometry);
+  if (buffer.Error == 0 && buffer.Buffer != nullptr) wkt.assign(buffer.Buffer);
+  gaiaOutBufferReset(&buffer);
+  gaiaFreeGeomColl(geometry);
+  return wkt;
+}
+
+std::string CSpatialiteHandler::GeometryTypeName(int typeCode) {
+  switch (typeCode) {
+    case 1001: return "POINTZ";
+    case 1002: return "LINESTRINGZ";
+    case 1003: return "POLYGONZ";
+    case 1004: return "MULTIPOINTZ";
+    case 1005: return "MULTILINESTRINGZ";
+    case 1006: return "MULTIPOLYGONZ";
+    case 1007: return "GEOMETRYCOLLECTIONZ";
+    default: return "GEOMETRY";
+  }
+}

@@ -1,0 +1,112 @@
+// Identifiers, type mappings, the extent test and the cache directory.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "AnnotationLayerNS.h"
+#include "ZuCoreApplication.h"
+
+using namespace AnnotationLayerNS;
+
+TEST(ZuGenerateUUIDTest, IsLowercaseHexMd5AndUnique) {
+  std::set<std::string> seen;
+  for (int i = 0; i < 1000; ++i) {
+    const std::string id = ZuGenerateUUID();
+    ASSERT_EQ(32u, id.size());
+    ASSERT_EQ(std::string::npos, id.find_first_not_of("0123456789abcdef")) << id;
+    ASSERT_TRUE(seen.insert(id).second) << "duplicate " << id;
+  }
+}
+
+TEST(ZuGenerateUUIDTest, UniqueAcrossThreads) {
+  std::vector<std::vector<std::string>> perThread(4);
+  std::vector<std::thread> threads;
+  for (auto& ids : perThread) {
+    threads.emplace_back([&ids] {
+      for (int i = 0; i < 500; ++i) ids.push_back(ZuGenerateUUID());
+    });
+  }
+  for (auto& t : threads) t.join();
+  std::set<std::string> all;
+  for (const auto& ids : perThread) all.insert(ids.begin(), ids.end());
+  EXPECT_EQ(2000u, all.size());
+}
+
+TEST(TypeMappingTest, GisLayerRange) {
+  EXPECT_FALSE(IsGISLayer(static_cast<E_LAYER_TYPE>(99)));
+  EXPECT_TRUE(IsGISLayer(LAYER_TYPE_GIS_POINT));
+  EXPECT_TRUE(IsGISLayer(LAYER_TYPE_GIS_LINE));
+  EXPECT_TRUE(IsGISLayer(LAYER_TYPE_GIS_POLYGON));
+  EXPECT_FALSE(IsGISLayer(static_cast<E_LAYER_TYPE>(103)));
+  EXPECT_FALSE(IsGISLayer(LAYER_TYPE_ANNOTATION));
+}
+
+TEST(TypeMappingTest, GeometryKindsAreNotInverse) {
+  const std::vector<std::pair<int, int>> annotationToGeometry = {
+      {0, 1}, {1, 2}, {2, 3}, {3, 3}, {5, 3}, {-1, 3}, {7, 3},
+      {100, 4}, {101, 5}, {102, 6}, {200, 2}, {300, 1}};
+  for (const auto& [annotation, geometry] : annotationToGeometry) {
+    EXPECT_EQ(geometry, MappingGeomType(static_cast<E_ANNOTATION_TYPE>(annotation)))
+        << "annotation kind " << annotation;
+  }
+  const std::vector<std::pair<int, int>> geometryToAnnotation = {
+      {1, 0}, {2, 1}, {3, 2}, {0, 2}, {4, 100}, {5, 101}, {6, 102}, {9, 2}};
+  for (const auto& [geometry, annotation] : geometryToAnnotation) {
+    EXPECT_EQ(annotation, MappingAnnotationType(static_cast<E_GEOMETRY_DATA_TYPE>(geometry)))
+        << "geometry kind " << geometry;
+  }
+}
+
+TEST(TypeMappingTest, FieldTypesAndQtTypes) {
+  EXPECT_EQ(FIELD_OFST_TYPE_BOOL, MappingFieldType(1));
+  EXPECT_EQ(FIELD_OFST_TYPE_INT, MappingFieldType(2));
+  EXPECT_EQ(FIELD_OFST_TYPE_NONE, MappingFieldType(3));  // UInt
+  EXPECT_EQ(FIELD_OFST_TYPE_INT64, MappingFieldType(4));
+  EXPECT_EQ(FIELD_OFST_TYPE_NONE, MappingFieldType(5));  // ULongLong
+  EXPECT_EQ(FIELD_OFST_TYPE_DOUBLE, MappingFieldType(6));
+  EXPECT_EQ(FIELD_OFST_TYPE_CHAR, MappingFieldType(7));
+  EXPECT_EQ(FIELD_OFST_TYPE_TEXT, MappingFieldType(10));
+
+  const int expected[] = {0, 1, 2, 2, 4, 6, 6, 10, 0};
+  for (int f = 0; f <= 8; ++f) {
+    EXPECT_EQ(expected[f], MappingQtVariantType(static_cast<E_FIELD_OFST_TYPE>(f))) << f;
+  }
+  // CHAR comes back as INT and FLOAT as DOUBLE.
+  EXPECT_EQ(FIELD_OFST_TYPE_INT, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_CHAR)));
+  EXPECT_EQ(FIELD_OFST_TYPE_DOUBLE, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_FLOAT)));
+}
+
+namespace {
+EXTENT Rect(double minX, double minY, double maxX, double maxY) {
+  EXTENT e;
+  e.min_x = minX;
+  e.min_y = minY;
+  e.max_x = maxX;
+  e.max_y = maxY;
+  return e;
+}
+}  // namespace
+
+TEST(IsNeedUpdateRangeTest, Steps) {
+  const EXTENT cur = Rect(0, 0, 10, 10);
+  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(1, 1, 9, 9)));       // strictly inside
+  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(0, 0, 10, 10)));    // equal: step 2
+  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(-5, 0, 5, 10)));    // cur.min_x inside nxt's x range
+  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(5, 0, 15, 10)));    // cur.max_x inside nxt's x range
+  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(20, -5, 30, 5)));   // cur.min_y inside nxt's y range
+  // Entirely to the right: only the max_y equality decides.
+  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(20, 20, 30, 10)));
+  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(20, 20, 30, 11)));
+  // cur.max_y inside [nxt.min_y, nxt.max_y] is not looked at.
+  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(20, 5, 30, 15)));
+}
+
+TEST(CacheDirTest, AppendsLayerCacheToDataDir) {
+  CZuCoreApplication* app = CZuCoreApplication::GetInstance();
+  const std::string saved = app->GetDataDir();
+  app->SetDataDir("D:/data/");
+  EXPECT_EQ("D:/data/layer_cache/", GetDefaultCacheDir());
+  app->SetDataDir(saved);
+}
