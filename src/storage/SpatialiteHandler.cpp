@@ -4,6 +4,8 @@
 #include <spatialite.h>
 #include <spatialite/gaiageo.h>
 
+#include <cstdlib>
+
 #include "TextConversion.h"
 #include "ZuLog.h"
 
@@ -12,13 +14,26 @@ using AnnotationLayerInner::Utf8ToLocal;
 
 namespace {
 
-// Runs a statement with sqlite3_exec; on failure logs `errorText` + SQLite's error text.
-bool ExecLogged(sqlite3* db, const std::string& sql, const char* errorText) {
+// Runs "SELECT <SpatiaLite function>(...)". SpatiaLite reports most failures of these functions as
+// a 0 result rather than an SQL error, so both count as failure; either is logged as `errorText`
+// followed by SQLite's error text (or a note of the 0 result).
+bool ExecSpatialFunction(sqlite3* db, const std::string& sql, const char* errorText) {
+  int result = -1;
+  auto firstColumn = [](void* out, int columns, char** values, char**) -> int {
+    if (columns > 0 && values[0] != nullptr) *static_cast<int*>(out) = std::atoi(values[0]);
+    return 0;
+  };
   char* error = nullptr;
-  if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &error) == SQLITE_OK) return true;
-  ZuLogError(-1) << errorText << (error != nullptr ? error : "");
-  sqlite3_free(error);
-  return false;
+  if (sqlite3_exec(db, sql.c_str(), firstColumn, &result, &error) != SQLITE_OK) {
+    ZuLogError(-1) << errorText << (error != nullptr ? error : sqlite3_errmsg(db));
+    sqlite3_free(error);
+    return false;
+  }
+  if (result == 0) {
+    ZuLogError(-1) << errorText << sql << " returned 0";
+    return false;
+  }
+  return true;
 }
 
 bool ExecQuiet(sqlite3* db, const std::string& sql) {
@@ -53,7 +68,10 @@ bool CSpatialiteHandler::OpenByCreate(const std::string& path) {
 
 bool CSpatialiteHandler::OpenWithFlags(const std::string& path, int flags, bool spatial,
                                        const char* errorText) {
-  if (path.empty()) return false;
+  if (path.empty()) {
+    ZuLogError(-1) << errorText << "empty path";
+    return false;
+  }
   const std::string utf8Path = LocalToUtf8(path);
   sqlite3* db = nullptr;
   if (sqlite3_open_v2(utf8Path.c_str(), &db, flags, nullptr) != SQLITE_OK) {
@@ -88,7 +106,7 @@ bool CSpatialiteHandler::Close() {
 bool CSpatialiteHandler::InitSpatialMetadata() {
   if (db_ == nullptr) return false;
   if (ExecQuiet(db_, "SELECT COUNT(*) FROM spatial_ref_sys")) return true;
-  return ExecLogged(db_, "SELECT InitSpatialMetadata(1)",
+  return ExecSpatialFunction(db_, "SELECT InitSpatialMetadata(1)",
                     "[CSpatialiteHandler] InitSpatialMetadata Error! ");
 }
 
@@ -97,13 +115,13 @@ bool CSpatialiteHandler::AddGeometryColumn(const std::string& table, const std::
   if (db_ == nullptr || table.empty() || column.empty()) return false;
   if (ExecQuiet(db_, "SELECT " + column + " FROM " + table)) return false;
   if (ExecQuiet(db_, "SELECT COUNT(*)  FROM idx_" + table + "_" + column)) return false;
-  if (!ExecLogged(db_,
+  if (!ExecSpatialFunction(db_,
                   "SELECT AddGeometryColumn('" + table + "', '" + column + "', 4326, '" +
                       GeometryTypeName(typeCode) + "', 1)",
                   "[CSpatialiteHandler] AddGeometryColumn Error! ")) {
     return false;
   }
-  return ExecLogged(db_, "SELECT CreateSpatialIndex('" + table + "', '" + column + "')",
+  return ExecSpatialFunction(db_, "SELECT CreateSpatialIndex('" + table + "', '" + column + "')",
                     "[CSpatialiteHandler] CreateSpatialIndex Error! ");
 }
 

@@ -12,12 +12,11 @@
 
 #include <string>
 
-#include "AnnotationLayerExport.h"
 
 namespace AnnotationLayerInner {
 
-ANNOTATIONLAYER_EXPORT std::string LocalToUtf8(const std::string& local);
-ANNOTATIONLAYER_EXPORT std::string Utf8ToLocal(const std::string& utf8);
+std::string LocalToUtf8(const std::string& local);
+std::string Utf8ToLocal(const std::string& utf8);
 
 }  // namespace AnnotationLayerInner
 

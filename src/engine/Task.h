@@ -1,0 +1,64 @@
+// A background task: a thin wrapper around one thread that runs the virtual OnRunTask until the
+// body returns or is asked to stop. Subclasses override OnRunTask and poll IsStopped() (or sleep
+// with SleepWhileRunning) so that a stop request is noticed.
+//
+// The usual way to stop a task: if (!t.IsStopped()) { t.RequestStop(); t.StopTask(-1); }
+//
+// Threading contract: StartTask, StopTask and the destructor are called by the owner's thread only.
+// The running flag is shared between the owner and the task's thread; a stale read costs at most
+// one more round of the body's loop. The owner must stop the thread before destroying the task;
+// a task destroyed while its thread still runs detaches the thread (see ~CTask).
+#ifndef ANNOTATIONLAYER_TASK_H
+#define ANNOTATIONLAYER_TASK_H
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "AnnotationLayerExport.h"
+
+class ANNOTATIONLAYER_EXPORT CTask {
+ public:
+  CTask();
+  virtual ~CTask();
+  CTask(const CTask&) = delete;
+  CTask& operator=(const CTask&) = delete;
+
+  // Starts a new thread running OnRunTask. A thread left from an earlier run is waited for first,
+  // so one task never has two threads. `priority` is on an inverted 0..255 scale: 0 most urgent,
+  // 120 normal, 255 idle; only the steps 0, 40, 80, 120, 160, 200 and 255 are honoured, anything
+  // else runs at normal priority. `reserved` is accepted and ignored. False when no thread could
+  // be created.
+  bool StartTask(const std::string& name, int priority, int reserved);
+  // Clears the running flag and waits for the thread: for ever when timeout_ms < 0, else at most
+  // timeout_ms. False when no thread is held. See the .cpp for what happens when the wait runs out.
+  bool StopTask(int timeout_ms);
+  // Clears the running flag and returns at once.
+  void RequestStop();
+  bool IsRunning() const;
+  bool IsStopped() const;
+  // Sleeps `ms` (negative: 100) while running. Sleeps longer than a second are cut into one-second
+  // slices and end early, returning false, when a stop is requested. False at once when stopped.
+  bool SleepWhileRunning(int ms);
+
+  const std::string& GetName() const { return name_; }
+
+ protected:
+  // The thread's body. Exceptions that escape it are swallowed; leaving it clears the running flag.
+  virtual void OnRunTask() = 0;
+
+ private:
+  struct Thread;
+  static void Entry(CTask* task, std::shared_ptr<Thread> thread, int priority);
+  // Waits for the held thread and releases it. False, with the thread still held, when the wait
+  // ran out.
+  bool JoinThread(int timeout_ms);
+
+  std::string name_;
+  // Shared with the running thread so that the thread's last write (clearing the flag when the
+  // body returns) never lands in a task that its owner has already destroyed.
+  std::shared_ptr<std::atomic<bool>> running_;
+  std::shared_ptr<Thread> thread_;  // null when no thread is held
+};
+
+#endif  // ANNOTATIONLAYER_TASK_H

@@ -1,0 +1,156 @@
+#include "AnnotationLayerModule.h"
+
+#include <sqlite3.h>
+#include <spatialite.h>
+
+#include <sys/stat.h>
+
+#include "AnnotationLayerNS.h"
+#include "EventModule.h"
+#include "SpatialiteDBDataModel.h"
+#include "TextConversion.h"
+#include "TypeName.h"
+#include "ZuCoreApplication.h"
+#include "ZuLog.h"
+
+std::string CAnnotationLayerModule::DataModelTypeName() {
+  return AnnotationLayerInner::PlainClassName(typeid(CSpatialiteDBDataModel));
+}
+
+CAnnotationLayerModule::CAnnotationLayerModule()
+    : moduleId_(-1),
+      dataModelLock_(new std::mutex),
+      engineLock_(new std::mutex),
+      cacheDir_(AnnotationLayerNS::GetDefaultCacheDir()),
+      dataModelAgent_(new CObjectRegisterAgentT<CSpatialiteDBDataModel>),
+      agentRegistered_(false) {
+  // One level only: the data directory itself is the host's to make.
+  const std::string fsPath = AnnotationLayerInner::LocalToUtf8(cacheDir_);
+  struct stat info;
+  if (stat(fsPath.c_str(), &info) != 0) mkdir(fsPath.c_str(), 0755);
+}
+
+CAnnotationLayerModule::~CAnnotationLayerModule() {
+  Stop();
+  // The object creator keeps a pointer to the agent: it must not outlive the module.
+  if (agentRegistered_) {
+    CObjectCreatorSingleton::GetInstance()->UnregisterType(DataModelTypeName());
+  }
+}
+
+std::string CAnnotationLayerModule::GetModuleName() { return std::string(); }
+
+std::string CAnnotationLayerModule::GetModuleGUID() {
+  return "7C0293CD-FDE3-4ECF-A2AD-81410C7F1A1E";
+}
+
+IAnnotationDBDataModel* CAnnotationLayerModule::CreateDataModel(const std::string& typeName,
+                                                                const std::string& argument) {
+  IAnnotationDBDataModel* model = CreateObject(typeName);
+  if (model == nullptr) return nullptr;
+  if (!model->Initialize(argument)) {
+    delete model;
+    return nullptr;
+  }
+  std::lock_guard<std::mutex> guard(*dataModelLock_);
+  dataModels_[model->GetObjectID()] = model;
+  return model;
+}
+
+IAnnotationDBDataModel* CAnnotationLayerModule::GetDataModel(int objectId) {
+  std::lock_guard<std::mutex> guard(*dataModelLock_);
+  auto it = dataModels_.find(objectId);
+  return it == dataModels_.end() ? nullptr : it->second;
+}
+
+IAnnotationDBDataModel* CAnnotationLayerModule::FindDataModel(const std::string& name) {
+  std::lock_guard<std::mutex> guard(*dataModelLock_);
+  for (const auto& entry : dataModels_) {
+    if (entry.second->GetObjectName() == name) return entry.second;
+  }
+  return nullptr;
+}
+
+bool CAnnotationLayerModule::DestroyDataModel(IAnnotationDBDataModel* model) {
+  if (model == nullptr) return false;
+  std::lock_guard<std::mutex> guard(*dataModelLock_);
+  const int id = model->GetObjectID();
+  model->Uninitialize();
+  delete model;
+  dataModels_.erase(id);
+  return true;
+}
+
+IAnnotationSpatialEngine* CAnnotationLayerModule::CreateSpatialEngine(
+    const std::string& name, IAnnotationDBDataModel* model) {
+  return nullptr;  // the runtime spatial engine is not part of this build yet
+}
+
+IAnnotationSpatialEngine* CAnnotationLayerModule::GetSpatialEngine(int objectId) {
+  std::lock_guard<std::mutex> guard(*engineLock_);
+  auto it = engines_.find(objectId);
+  return it == engines_.end() ? nullptr : it->second;
+}
+
+IAnnotationSpatialEngine* CAnnotationLayerModule::FindSpatialEngine(const std::string& name) {
+  return nullptr;
+}
+
+bool CAnnotationLayerModule::DestroySpatialEngine(IAnnotationSpatialEngine* engine) {
+  return false;
+}
+
+CAnnotationEntity* CAnnotationLayerModule::CreateEntity() { return nullptr; }
+
+int CAnnotationLayerModule::GetDataModelCount() {
+  std::lock_guard<std::mutex> guard(*dataModelLock_);
+  return static_cast<int>(dataModels_.size());
+}
+
+IAnnotationDBDataModel* CAnnotationLayerModule::CreateObject(const std::string& typeName) {
+  IObject* object = CObjectCreatorSingleton::GetInstance()->CreateObject(typeName);
+  if (object == nullptr) return nullptr;
+  auto* model = dynamic_cast<IAnnotationDBDataModel*>(object);
+  if (model == nullptr) delete object;
+  return model;
+}
+
+std::string CAnnotationLayerModule::GetCacheDir() { return cacheDir_; }
+
+CEventModule* CAnnotationLayerModule::GetEventModule() { return eventModule_.get(); }
+
+bool CAnnotationLayerModule::Start() {
+  moduleId_ = GenerateZuModuleID();
+  ZuLOG << "== Spatialite-Version Support: " << spatialite_version() << " ==";
+  ZuLOG << "== Sqlite-Version Support: " << sqlite3_libversion() << " ==";
+
+  if (!eventModule_) {
+    eventModule_.reset(new CEventModule(this));
+    CEventKernelSingleton::GetInstance()->RegisterEventObserver(eventModule_->GetObserver());
+  }
+  if (!agentRegistered_) {
+    agentRegistered_ = CObjectCreatorSingleton::GetInstance()->RegisterType(DataModelTypeName(),
+                                                                            dataModelAgent_.get());
+  }
+  return true;
+}
+
+bool CAnnotationLayerModule::Stop() {
+  {
+    std::lock_guard<std::mutex> guard(*dataModelLock_);
+    for (auto& entry : dataModels_) {
+      entry.second->Uninitialize();
+      delete entry.second;
+    }
+    dataModels_.clear();
+  }
+  {
+    std::lock_guard<std::mutex> guard(*engineLock_);
+    engines_.clear();  // no engine can be registered until the runtime engine is built
+  }
+  return true;
+}
+
+int CAnnotationLayerModule::GetModuleID() { return moduleId_; }
+
+bool CAnnotationLayerModule::OnEvent(const CEventObject* event) { return false; }

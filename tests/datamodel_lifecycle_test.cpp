@@ -1,0 +1,254 @@
+// CSpatialiteDBDataModel: identity, install and uninstall, bad files, nested transactions, IsEmpty.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <sys/stat.h>
+
+#include "SpatialiteDBDataModel.h"
+#include "SpatialiteHandler.h"
+#include "SqlStatement.h"
+#include "TempDir.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+// Records the statements that reach SQLite on one connection.
+class StatementTrace {
+ public:
+  explicit StatementTrace(sqlite3* db) : db_(db) {
+    sqlite3_trace_v2(db_, SQLITE_TRACE_STMT, &StatementTrace::OnStatement, this);
+  }
+  ~StatementTrace() { sqlite3_trace_v2(db_, 0, nullptr, nullptr); }
+  int Count(const std::string& sql) const {
+    int n = 0;
+    for (const std::string& s : statements_) n += (s == sql) ? 1 : 0;
+    return n;
+  }
+
+ private:
+  static int OnStatement(unsigned, void* self, void* stmt, void*) {
+    const char* sql = sqlite3_sql(static_cast<sqlite3_stmt*>(stmt));
+    static_cast<StatementTrace*>(self)->statements_.push_back(sql != nullptr ? sql : "");
+    return 0;
+  }
+  sqlite3* db_;
+  std::vector<std::string> statements_;
+};
+
+class DataModelTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    model_.Initialize("model");
+    ASSERT_TRUE(model_.Install(db_.Path()));
+  }
+  int CountFolders() { return std::stoi(QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder")); }
+  bool InsertFolderRow(const std::string& uuid) {
+    return AnnotationLayerInner::ExecSql(
+        model_.GetConnection(), "INSERT INTO folder(uuid, puuid) VALUES('" + uuid + "', 'x')", "");
+  }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+};
+
+}  // namespace
+
+TEST(DataModelIdentityTest, InitializeAndUninitialize) {
+  CSpatialiteDBDataModel model;
+  EXPECT_EQ(-1, model.GetObjectID());
+  EXPECT_EQ("", model.GetObjectName());
+  EXPECT_FALSE(model.IsInstalled());
+  EXPECT_EQ(nullptr, model.GetNodeCacheCalculator());
+  EXPECT_NE(nullptr, model.GetNotifier());
+  EXPECT_TRUE(model.Initialize("first"));
+  EXPECT_GT(model.GetObjectID(), 0);
+  EXPECT_EQ("first", model.GetObjectName());
+  EXPECT_TRUE(model.Uninitialize());
+  EXPECT_EQ(-1, model.GetObjectID());
+  EXPECT_EQ("", model.GetObjectName());
+}
+
+TEST_F(DataModelTest, InstallOpensReadWriteWithPragmas) {
+  EXPECT_TRUE(model_.IsInstalled());
+  EXPECT_EQ(db_.Path(), model_.GetFilePath());
+  EXPECT_FALSE(model_.IsInTransaction());
+  CSqlStatement fk(model_.GetConnection(), "PRAGMA foreign_keys", "");
+  ASSERT_TRUE(fk.StepRow());
+  EXPECT_EQ(0, fk.ColumnInt(0));
+  CSqlStatement sync(model_.GetConnection(), "PRAGMA synchronous", "");
+  ASSERT_TRUE(sync.StepRow());
+  EXPECT_EQ(0, sync.ColumnInt(0));
+}
+
+TEST_F(DataModelTest, SecondInstallKeepsTheFirstConnection) {
+  sqlite3* first = model_.GetConnection();
+  CTestDatabase other("other.db");
+  EXPECT_FALSE(model_.Install(other.Path()));
+  EXPECT_EQ(first, model_.GetConnection());
+  EXPECT_EQ(db_.Path(), model_.GetFilePath());
+}
+
+TEST_F(DataModelTest, UninstallThenInstallAgain) {
+  EXPECT_TRUE(model_.Uninstall());
+  EXPECT_FALSE(model_.IsInstalled());
+  EXPECT_EQ(nullptr, model_.GetConnection());
+  EXPECT_TRUE(model_.Uninstall());
+  EXPECT_FALSE(model_.BeginTransaction());
+  EXPECT_TRUE(model_.Install(db_.Path()));
+  EXPECT_TRUE(model_.IsInstalled());
+}
+
+TEST(DataModelBadInputTest, EveryBadFileFailsWithOneLineAndStaysUntouched) {
+  CTempDir dir;
+  const std::string text = dir.File("notes.txt");
+  ASSERT_TRUE(WriteFileBytes(text, "not a database at all, just text\n"));
+  const std::string readOnly = dir.File("readonly.db");
+  {
+    sqlite3* db = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(readOnly.c_str(), &db));
+    sqlite3_exec(db, "CREATE TABLE folder(uuid TEXT)", nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    chmod(readOnly.c_str(), 0444);
+  }
+  struct Case {
+    std::string path;
+    std::string tag;
+  };
+  const std::vector<Case> cases = {
+      {"", "[CSpatialiteHandler] Open Error! "},
+      {dir.File("missing.db"), "[CSpatialiteHandler] Open Error! "},
+      {dir.Path(), "[CSpatialiteHandler] "},
+      {text, "[CSpatialiteHandler] InitSpatialMetadata Error! "},
+  };
+  for (const Case& c : cases) {
+    const std::string before = c.path.empty() ? "" : ReadFileBytes(c.path);
+    CSpatialiteDBDataModel model;
+    CZuLogCapture capture;
+    EXPECT_FALSE(model.Install(c.path)) << c.path;
+    EXPECT_FALSE(model.IsInstalled());
+    EXPECT_EQ(nullptr, model.GetConnection());
+    EXPECT_EQ(nullptr, model.GetHandler());
+    ASSERT_EQ(1u, capture.Lines().size()) << c.path;
+    EXPECT_EQ(0u, capture.Lines()[0].find(c.tag)) << capture.Lines()[0];
+    if (!c.path.empty()) EXPECT_EQ(before, ReadFileBytes(c.path));
+  }
+  EXPECT_FALSE(FileExists(dir.File("missing.db")));
+
+  // A read-only file without SpatiaLite metadata: the model opens read-write, which fails when
+  // the process may not write the file. Root may write anyway; then the metadata is added.
+  CSpatialiteDBDataModel model;
+  if (access(readOnly.c_str(), W_OK) != 0) {
+    const std::string before = ReadFileBytes(readOnly);
+    CZuLogCapture capture;
+    EXPECT_FALSE(model.Install(readOnly));
+    EXPECT_EQ(1u, capture.Lines().size());
+    EXPECT_EQ(before, ReadFileBytes(readOnly));
+  }
+}
+
+TEST(DataModelBadInputTest, ReadOnlyFileWithoutMetadataFailsToOpenReadOnly) {
+  // What the model's read-write open meets on a file it may not write: the same handler refusal.
+  CTempDir dir;
+  const std::string path = dir.File("ro.db");
+  sqlite3* db = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &db));
+  sqlite3_exec(db, "CREATE TABLE folder(uuid TEXT)", nullptr, nullptr, nullptr);
+  sqlite3_close(db);
+  const std::string before = ReadFileBytes(path);
+  CSpatialiteHandler handler;
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.Open(path, true));
+  EXPECT_EQ(1u, capture.Lines().size());
+  EXPECT_EQ(before, ReadFileBytes(path));
+}
+
+TEST_F(DataModelTest, NestedBeginCommitIssueOneBeginAndOneCommit) {
+  StatementTrace trace(model_.GetConnection());
+  CZuLogCapture capture;
+  ASSERT_TRUE(model_.BeginTransaction());
+  EXPECT_TRUE(model_.IsInTransaction());
+  ASSERT_TRUE(model_.BeginTransaction());
+  EXPECT_EQ(2, model_.GetTransactionDepth());
+  ASSERT_TRUE(InsertFolderRow("a"));
+  ASSERT_TRUE(model_.CommitTransaction());
+  EXPECT_TRUE(model_.IsInTransaction());
+  ASSERT_TRUE(model_.CommitTransaction());
+  EXPECT_FALSE(model_.IsInTransaction());
+  EXPECT_EQ(1, trace.Count("BEGIN"));
+  EXPECT_EQ(1, trace.Count("COMMIT"));
+  EXPECT_EQ(2, CountFolders());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("启动事务") + " >>>>>"));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("提交事务") + " <<<<<"));
+}
+
+TEST_F(DataModelTest, InnerRollBackOnlyCountsDown) {
+  StatementTrace trace(model_.GetConnection());
+  ASSERT_TRUE(model_.BeginTransaction());
+  ASSERT_TRUE(model_.BeginTransaction());
+  ASSERT_TRUE(InsertFolderRow("kept"));
+  EXPECT_TRUE(model_.RollBackTransaction());
+  EXPECT_TRUE(model_.CommitTransaction());
+  EXPECT_EQ(0, trace.Count("ROLLBACK"));
+  EXPECT_EQ(1, trace.Count("COMMIT"));
+  EXPECT_EQ("1", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder WHERE uuid = 'kept'"));
+}
+
+TEST_F(DataModelTest, OuterRollBackDiscardsTheWork) {
+  CZuLogCapture capture;
+  ASSERT_TRUE(model_.BeginTransaction());
+  ASSERT_TRUE(InsertFolderRow("gone"));
+  EXPECT_TRUE(model_.RollBackTransaction());
+  EXPECT_EQ(0, model_.GetTransactionDepth());
+  EXPECT_EQ("0", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder WHERE uuid = 'gone'"));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("回滚事务") + " <<<<<"));
+}
+
+TEST_F(DataModelTest, UnmatchedCommitLeavesDepthMinusOne) {
+  StatementTrace trace(model_.GetConnection());
+  EXPECT_TRUE(model_.CommitTransaction());
+  EXPECT_EQ(-1, model_.GetTransactionDepth());
+  EXPECT_FALSE(model_.IsInTransaction());
+  EXPECT_EQ(0, trace.Count("COMMIT"));
+  ASSERT_TRUE(model_.BeginTransaction());
+  EXPECT_EQ(1, model_.GetTransactionDepth());
+  EXPECT_EQ(1, trace.Count("BEGIN"));
+  EXPECT_TRUE(model_.CommitTransaction());
+  EXPECT_EQ(1, trace.Count("COMMIT"));
+}
+
+TEST_F(DataModelTest, FailedBeginKeepsTheDepth) {
+  // A transaction opened behind the model's back makes its BEGIN fail.
+  ASSERT_TRUE(AnnotationLayerInner::ExecSql(model_.GetConnection(), "BEGIN", ""));
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.BeginTransaction());
+  EXPECT_EQ(0, model_.GetTransactionDepth());
+  EXPECT_EQ(1, capture.Count("[Transaction]:"));
+  AnnotationLayerInner::ExecSql(model_.GetConnection(), "ROLLBACK", "");
+}
+
+TEST_F(DataModelTest, IsEmptyCountsTheRootAsEmpty) {
+  EXPECT_TRUE(model_.IsEmpty());
+  ASSERT_TRUE(InsertFolderRow("second"));
+  EXPECT_FALSE(model_.IsEmpty());
+  model_.Uninstall();
+  EXPECT_TRUE(model_.IsEmpty());  // no connection
+}
+
+TEST(DataModelIsEmptyTest, MissingFolderTableLogsAndCountsAsEmpty) {
+  CTempDir dir;
+  const std::string path = dir.File("bare.db");
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenByCreate(path));
+  handler.Close();
+  CSpatialiteDBDataModel model;
+  ASSERT_TRUE(model.Install(path));
+  CZuLogCapture capture;
+  EXPECT_TRUE(model.IsEmpty());
+  EXPECT_EQ(std::vector<std::string>{"IsEmpty Error! no such table: folder"}, capture.Lines());
+}

@@ -1,0 +1,173 @@
+// The host SDK libraries: log sinks, core application, encoder, object creator and event kernel.
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "EventKernel.h"
+#include "EventModule.h"
+#include "ObjectCreator.h"
+#include "TempDir.h"
+#include "XEncoder.h"
+#include "ZuCoreApplication.h"
+#include "ZuLog.h"
+
+TEST(ZuLogTest, CaptureKeepsLevelsCodesAndExactText) {
+  CZuLogCapture capture;
+  ZuLOG << "[Info]:" << 42;
+  ZuLogWarn << "[Warn]:" << 1.5;
+  ZuLogError(-1) << "[Error]:" << std::string("boom");
+  const std::vector<ZuLogRecord> records = capture.Sink().Records();
+  ASSERT_EQ(3u, records.size());
+  EXPECT_EQ(ZuLogLevel::Info, records[0].level);
+  EXPECT_EQ("[Info]:42", records[0].text);
+  EXPECT_EQ(ZuLogLevel::Warn, records[1].level);
+  EXPECT_EQ("[Warn]:1.5", records[1].text);
+  EXPECT_EQ(ZuLogLevel::Error, records[2].level);
+  EXPECT_EQ(-1, records[2].code);
+  EXPECT_EQ("[Error]:boom", records[2].text);
+  EXPECT_EQ(1, capture.Count("[Warn]:"));
+}
+
+TEST(ZuLogTest, CaptureRestoresPreviousSinkAndCollectsFromThreads) {
+  std::shared_ptr<IZuLogSink> before = CZuLog::GetSink();
+  {
+    CZuLogCapture capture;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+      threads.emplace_back([t] {
+        for (int i = 0; i < 100; ++i) ZuLOG << "thread " << t;
+      });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(400u, capture.Lines().size());
+    EXPECT_NE(before, CZuLog::GetSink());
+  }
+  EXPECT_EQ(before, CZuLog::GetSink());
+}
+
+TEST(ZuLogTest, FileSinkWritesOneLinePerMessageWithBytesUnchanged) {
+  CTempDir dir;
+  const std::string path = dir.File("log.txt");
+  auto sink = std::make_shared<CZuLogFileSink>(path);
+  ASSERT_TRUE(sink->IsOpen());
+  std::shared_ptr<IZuLogSink> previous = CZuLog::SetSink(sink);
+  ZuLogError(-1) << "[Tag]:" << "\xc6\xf4\xb6\xaf";  // GB18030 bytes pass through
+  ZuLOG << "second";
+  CZuLog::SetSink(previous);
+  EXPECT_EQ("ERROR(-1) [Tag]:\xc6\xf4\xb6\xaf\nINFO second\n", ReadFileBytes(path));
+}
+
+TEST(ZuCoreTest, DataDirEndsWithSeparatorAndIsSettable) {
+  CZuCoreApplication* app = CZuCoreApplication::GetInstance();
+  const std::string saved = app->GetDataDir();
+  ASSERT_FALSE(saved.empty());
+  EXPECT_EQ('/', saved.back());
+  app->SetDataDir("/tmp/some/dir");
+  EXPECT_EQ("/tmp/some/dir/", app->GetDataDir());
+  app->SetDataDir(saved);
+}
+
+TEST(ZuCoreTest, CpuIdIsStableAndIdsAreUnique) {
+  CZuCoreApplication* app = CZuCoreApplication::GetInstance();
+  EXPECT_FALSE(app->GetCpuID().empty());
+  EXPECT_EQ(app->GetCpuID(), app->GetCpuID());
+  const int a = GenerateZuObjectID();
+  const int b = GenerateZuObjectID();
+  EXPECT_GT(a, 0);
+  EXPECT_NE(a, b);
+  EXPECT_NE(GenerateZuModuleID(), GenerateZuModuleID());
+}
+
+TEST(ZuCoreTest, CodecConversionsRoundTripChinese) {
+  const QString text = QString::fromUtf8("\xe5\x90\xaf\xe5\x8a\xa8 abc");  // "启动 abc"
+  const std::string gb = ConvertQStringToStdString(text, "GB18030");
+  EXPECT_EQ(std::string("\xc6\xf4\xb6\xaf abc"), gb);
+  EXPECT_EQ(text, ConvertStdStringToQString(gb, "GB18030"));
+  // Unknown codec names fall back to UTF-8.
+  EXPECT_EQ(text.toUtf8().toStdString(), ConvertQStringToStdString(text, "no-such-codec"));
+}
+
+TEST(XEncoderTest, Md5KnownDigests) {
+  char empty[] = "";
+  EXPECT_EQ("d41d8cd98f00b204e9800998ecf8427e", XEncoder::md5Encode(empty, 0));
+  char abc[] = "abc";
+  EXPECT_EQ("900150983cd24fb0d6963f7d28e17f72", XEncoder::md5Encode(abc, 3));
+  EXPECT_EQ("d41d8cd98f00b204e9800998ecf8427e", XEncoder::md5Encode(nullptr, 5));
+}
+
+namespace {
+class CountedObject : public IObject {
+ public:
+  CountedObject() { ++alive; }
+  ~CountedObject() override { --alive; }
+  static int alive;
+};
+int CountedObject::alive = 0;
+}  // namespace
+
+TEST(ObjectCreatorTest, RegisterCreateUnregister) {
+  CObjectCreator creator;
+  CObjectRegisterAgentT<CountedObject> agent;
+  EXPECT_FALSE(creator.RegisterType("", &agent));
+  EXPECT_FALSE(creator.RegisterType("Counted", nullptr));
+  EXPECT_TRUE(creator.RegisterType("Counted", &agent));
+  EXPECT_FALSE(creator.RegisterType("Counted", &agent));
+  IObject* object = creator.CreateObject("Counted");
+  ASSERT_NE(nullptr, object);
+  EXPECT_EQ(1, CountedObject::alive);
+  object->Release();
+  EXPECT_EQ(0, CountedObject::alive);
+  EXPECT_EQ(nullptr, creator.CreateObject("Other"));
+  EXPECT_TRUE(creator.UnregisterType("Counted"));
+  EXPECT_FALSE(creator.UnregisterType("Counted"));
+  EXPECT_EQ(nullptr, creator.CreateObject("Counted"));
+}
+
+namespace {
+class RecordingObserver : public IEventObserver {
+ public:
+  bool OnEvent(const CEventObject* event) override {
+    const auto* state = dynamic_cast<const CStateEventObject*>(event);
+    if (state != nullptr) {
+      codes.push_back(state->GetEventCode());
+      values.push_back(state->GetCurrentState().toString().toStdString());
+    }
+    return true;
+  }
+  std::vector<int> codes;
+  std::vector<std::string> values;
+};
+}  // namespace
+
+TEST(EventKernelTest, SynchronousDispatchToEveryObserver) {
+  CEventKernel kernel;
+  RecordingObserver first, second;
+  EXPECT_FALSE(kernel.RegisterEventObserver(nullptr));
+  EXPECT_TRUE(kernel.RegisterEventObserver(&first));
+  EXPECT_FALSE(kernel.RegisterEventObserver(&first));
+  EXPECT_TRUE(kernel.RegisterEventObserver(&second));
+  CStateEventObject event(1623, 7, 551, QVariant(QString("uuid")));
+  EXPECT_EQ(1623, event.GetStateType());
+  EXPECT_EQ(7, event.GetSenderID());
+  EXPECT_EQ(2, kernel.SendEvent(&event));
+  EXPECT_EQ(std::vector<int>{551}, first.codes);
+  EXPECT_EQ(std::vector<std::string>{"uuid"}, second.values);
+  EXPECT_TRUE(kernel.UnRegisterEventObserver(&first));
+  EXPECT_FALSE(kernel.UnRegisterEventObserver(&first));
+  EXPECT_EQ(1, kernel.SendEvent(&event));
+  EXPECT_EQ(1u, first.codes.size());
+}
+
+TEST(EventModuleTest, UnregistersItsObserverOnDestruction) {
+  RecordingObserver observer;
+  CEventKernel* kernel = CEventKernelSingleton::GetInstance();
+  {
+    CEventModule module(&observer);
+    ASSERT_TRUE(kernel->RegisterEventObserver(module.GetObserver()));
+    CStateEventObject event(1623, 1, 552, QVariant());
+    module.SendEvent(&event);
+    EXPECT_EQ(std::vector<int>{552}, observer.codes);
+  }
+  EXPECT_FALSE(kernel->IsRegistered(&observer));
+}

@@ -1,0 +1,320 @@
+// The SpatiaLite connection handler, its statement helpers, the code page conversions and the
+// creation of a new annotation database.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <sys/stat.h>
+
+#include "AnnotationSchema.h"
+#include "SpatialiteHandler.h"
+#include "SqlStatement.h"
+#include "TempDir.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::LocalToUtf8;
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+// A plain SQLite file without SpatiaLite metadata.
+bool MakePlainSqliteFile(const std::string& path) {
+  sqlite3* db = nullptr;
+  bool ok = sqlite3_open(path.c_str(), &db) == SQLITE_OK &&
+            sqlite3_exec(db, "CREATE TABLE t(a INTEGER)", nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(db);
+  return ok;
+}
+
+bool TableExists(sqlite3* db, const std::string& table) {
+  CSqlStatement stmt(db, "SELECT COUNT(*) FROM sqlite_master WHERE name = '" + table + "'", "");
+  return stmt.StepRow() && stmt.ColumnInt(0) == 1;
+}
+
+}  // namespace
+
+TEST(TextConversionTest, Cp936RoundTrip) {
+  const std::string utf8 = "\xe6\xb3\xa8\xe8\xae\xb0 layer";  // "注记 layer"
+  const std::string local = Utf8ToLocal(utf8);
+  EXPECT_EQ("\xd7\xa2\xbc\xc7 layer", local);
+  EXPECT_EQ(utf8, LocalToUtf8(local));
+  EXPECT_EQ("plain ascii", LocalToUtf8("plain ascii"));
+  EXPECT_EQ("", Utf8ToLocal(""));
+}
+
+TEST(TextConversionTest, InvalidBytesGiveDefinedResults) {
+  // A lone lead byte of a double-byte character and bytes that are not UTF-8 at all.
+  const std::string brokenLocal = "a\x81";
+  const std::string utf8 = LocalToUtf8(brokenLocal);
+  EXPECT_EQ('a', utf8[0]);
+  EXPECT_FALSE(utf8.empty());
+  const std::string brokenUtf8 = "\xff\xfe x";
+  const std::string local = Utf8ToLocal(brokenUtf8);
+  EXPECT_NE(std::string::npos, local.find(" x"));
+  // Characters outside code page 936 become a substitute, never an empty or cut result.
+  EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
+}
+
+TEST(SpatialiteHandlerTest, OpenRefusesEmptyAndMissingPaths) {
+  CTempDir dir;
+  CSpatialiteHandler handler;
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.Open("", false));
+  EXPECT_EQ(std::vector<std::string>{"[CSpatialiteHandler] Open Error! empty path"},
+            capture.Lines());
+  capture.Clear();
+  const std::string missing = dir.File("missing.db");
+  EXPECT_FALSE(handler.Open(missing, false));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] Open Error! "));
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_FALSE(FileExists(missing));
+  EXPECT_FALSE(handler.OpenNoSpatial(missing, true));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenNoSpatial Error! "));
+  EXPECT_TRUE(handler.Close());
+}
+
+TEST(SpatialiteHandlerTest, OpenByCreateMakesFileWithMetadata) {
+  CTempDir dir;
+  const std::string path = dir.File("new.db");
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenByCreate(path));
+  EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
+  EXPECT_TRUE(handler.OpenByCreate(path));  // already open
+  EXPECT_TRUE(handler.Close());
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_TRUE(handler.Close());  // closing a closed handler
+}
+
+TEST(SpatialiteHandlerTest, OpenAddsMetadataReadWriteButFailsReadOnly) {
+  CTempDir dir;
+  const std::string rw = dir.File("rw.db");
+  ASSERT_TRUE(MakePlainSqliteFile(rw));
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.Open(rw, false));
+  EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
+  handler.Close();
+
+  const std::string ro = dir.File("ro.db");
+  ASSERT_TRUE(MakePlainSqliteFile(ro));
+  const std::string before = ReadFileBytes(ro);
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.Open(ro, true));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_EQ(before, ReadFileBytes(ro));
+}
+
+TEST(SpatialiteHandlerTest, ForeignFilesFailWithoutChange) {
+  CTempDir dir;
+  const std::string text = dir.File("notes.txt");
+  const std::string content(4096, 'x');
+  ASSERT_TRUE(WriteFileBytes(text, content));
+  CSpatialiteHandler handler;
+  {
+    CZuLogCapture capture;
+    EXPECT_FALSE(handler.Open(text, false));
+    EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
+  }
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_EQ(content, ReadFileBytes(text));
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.Open(dir.Path(), false));  // a directory
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_EQ(1u, capture.Lines().size());
+}
+
+TEST(SpatialiteHandlerTest, OpenNoSpatialThenOpenOpensASecondConnection) {
+  CTempDir dir;
+  const std::string path = dir.File("plain.db");
+  ASSERT_TRUE(MakePlainSqliteFile(path));
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenNoSpatial(path, false));
+  sqlite3* plain = handler.GetDB();
+  EXPECT_TRUE(handler.OpenNoSpatial(path, false));
+  EXPECT_EQ(plain, handler.GetDB());
+  // Open tests the SpatiaLite cache, not the connection, so it opens anew over the plain one.
+  ASSERT_TRUE(handler.Open(path, false));
+  EXPECT_NE(plain, handler.GetDB());
+  sqlite3_close(plain);
+  handler.Close();
+}
+
+TEST(SpatialiteHandlerTest, AddGeometryColumnCreatesOnlyWhatIsMissing) {
+  CTempDir dir;
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("g.db")));
+  sqlite3* db = handler.GetDB();
+  ASSERT_TRUE(AnnotationLayerInner::ExecSql(db, "CREATE TABLE roads(id INTEGER PRIMARY KEY)", ""));
+  EXPECT_FALSE(handler.AddGeometryColumn("", "geom", 1002));
+  EXPECT_FALSE(handler.AddGeometryColumn("roads", "", 1002));
+
+  EXPECT_TRUE(handler.AddGeometryColumn("roads", "geom", 1002));
+  CSqlStatement type(db,
+                     "SELECT geometry_type, srid FROM geometry_columns WHERE "
+                     "f_table_name = 'roads'",
+                     "");
+  ASSERT_TRUE(type.StepRow());
+  EXPECT_EQ(1002, type.ColumnInt(0));  // LINESTRINGZ
+  EXPECT_EQ(4326, type.ColumnInt(1));
+  EXPECT_TRUE(TableExists(db, "idx_roads_geom"));
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.AddGeometryColumn("roads", "geom", 1002));  // exists: false, silent
+  EXPECT_TRUE(capture.Lines().empty());
+  EXPECT_FALSE(handler.AddGeometryColumn("no_such_table", "geom", 1001));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] AddGeometryColumn Error! "));
+  handler.Close();
+}
+
+TEST(SpatialiteHandlerTest, GeometryTypeNames) {
+  EXPECT_EQ("POINTZ", CSpatialiteHandler::GeometryTypeName(1001));
+  EXPECT_EQ("LINESTRINGZ", CSpatialiteHandler::GeometryTypeName(1002));
+  EXPECT_EQ("POLYGONZ", CSpatialiteHandler::GeometryTypeName(1003));
+  EXPECT_EQ("MULTIPOINTZ", CSpatialiteHandler::GeometryTypeName(1004));
+  EXPECT_EQ("MULTILINESTRINGZ", CSpatialiteHandler::GeometryTypeName(1005));
+  EXPECT_EQ("MULTIPOLYGONZ", CSpatialiteHandler::GeometryTypeName(1006));
+  EXPECT_EQ("GEOMETRYCOLLECTIONZ", CSpatialiteHandler::GeometryTypeName(1007));
+  EXPECT_EQ("GEOMETRY", CSpatialiteHandler::GeometryTypeName(0));
+  EXPECT_EQ("GEOMETRY", CSpatialiteHandler::GeometryTypeName(1));
+}
+
+TEST(SpatialiteHandlerTest, TransactionsDoNotNest) {
+  CTempDir dir;
+  CSpatialiteHandler handler;
+  EXPECT_FALSE(handler.Transaction());  // closed
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("t.db")));
+  EXPECT_TRUE(handler.SetForeignKeys(false));
+  EXPECT_TRUE(handler.SetSynchronous(false));
+  ASSERT_TRUE(handler.Transaction());
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.Transaction());
+  EXPECT_EQ(1, capture.Count("[Transaction]:cannot start a transaction within a transaction"));
+  EXPECT_TRUE(handler.Commit());
+  EXPECT_FALSE(handler.Commit());
+  EXPECT_EQ(1, capture.Count("[Commit]:"));
+  EXPECT_FALSE(handler.RollBack());
+  EXPECT_EQ(1, capture.Count("[RollBack]:"));
+  handler.Close();
+}
+
+TEST(SpatialiteHandlerTest, StatementHelpers) {
+  EXPECT_EQ("", CSpatialiteHandler::ColumnText(nullptr, true));
+  EXPECT_EQ("", CSpatialiteHandler::ColumnText(nullptr, false));
+  EXPECT_EQ("\xd7\xa2", CSpatialiteHandler::ColumnText("\xe6\xb3\xa8", true));
+  EXPECT_EQ("\xe6\xb3\xa8", CSpatialiteHandler::ColumnText("\xe6\xb3\xa8", false));
+  CSpatialiteHandler::ResetStatement(nullptr);  // ignored
+
+  CTempDir dir;
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("s.db")));
+  sqlite3* db = handler.GetDB();
+  ASSERT_TRUE(AnnotationLayerInner::ExecSql(db, "CREATE TABLE n(name TEXT)", ""));
+  CSqlStatement insert(db, "INSERT INTO n(name) VALUES(?)", "[Test]:");
+  {
+    std::string name = "\xd7\xa2\xbc\xc7";  // local code page
+    insert.BindText(1, name, true);
+    name.assign("overwritten");  // SQLite copied the bytes
+  }
+  ASSERT_TRUE(insert.StepDone());
+  CSqlStatement select(db, "SELECT name, hex(name) FROM n", "[Test]:");
+  ASSERT_TRUE(select.StepRow());
+  EXPECT_EQ("E6B3A8E8AEB0", select.ColumnText(1, false));  // stored as UTF-8
+  EXPECT_EQ("\xd7\xa2\xbc\xc7", select.ColumnText(0, true));
+
+  CSqlStatement wkt(db, "SELECT GeomFromText('POINT Z(1 2 3)', 4326)", "");
+  ASSERT_TRUE(wkt.StepRow());
+  EXPECT_EQ("POINT Z(1 2 3)",
+            CSpatialiteHandler::BlobToWkt(static_cast<const unsigned char*>(wkt.ColumnBlob(0)),
+                                          wkt.ColumnBytes(0)));
+  const unsigned char garbage[] = {1, 2, 3, 4, 5};
+  EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(garbage, 5));
+  EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(nullptr, 5));
+  EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(garbage, 0));
+  select.Finalize();
+  wkt.Finalize();
+  insert.Finalize();
+  handler.Close();
+}
+
+TEST(SqlStatementTest, LogsTagAndSqliteMessage) {
+  CTempDir dir;
+  CSpatialiteHandler handler;
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("e.db")));
+  CZuLogCapture capture;
+  CSqlStatement bad(handler.GetDB(), "SELECT * FROM no_such_table", "[QueryThing]:");
+  EXPECT_FALSE(bad.IsValid());
+  EXPECT_EQ(std::vector<std::string>{"[QueryThing]:no such table: no_such_table"}, capture.Lines());
+  EXPECT_FALSE(AnnotationLayerInner::ExecSql(handler.GetDB(), "DELETE FROM nowhere", "[X]:"));
+  EXPECT_EQ(1, capture.Count("[X]:no such table: nowhere"));
+  handler.Close();
+}
+
+TEST(AnnotationSchemaTest, NewDatabaseHasTablesIndexAndRoot) {
+  CTestDatabase db;
+  ASSERT_TRUE(db.IsValid());
+  ASSERT_EQ(32u, db.RootUUID().size());
+  for (const char* table :
+       {"folder", "layer", "shape", "folder_order", "layer_order", "shape_order", "folder_status",
+        "layer_status", "shape_status", "layer_style", "shape_style", "layer_userdata",
+        "shape_userdata", "shape_property", "shape_enclosure", "idx_shape_geom",
+        "spatial_ref_sys"}) {
+    EXPECT_EQ("1", QueryScalar(db.Path(), std::string("SELECT COUNT(*) FROM sqlite_master WHERE "
+                                                      "name = '") + table + "'"))
+        << table;
+  }
+  EXPECT_EQ("3", QueryScalar(db.Path(), "SELECT coord_dimension FROM geometry_columns WHERE "
+                                        "f_table_name = 'shape' AND f_geometry_column = 'geom'"));
+  EXPECT_EQ("4326", QueryScalar(db.Path(), "SELECT srid FROM geometry_columns WHERE "
+                                           "f_table_name = 'shape'"));
+  // The top root: found by the statement the data model uses, with order and status rows.
+  EXPECT_EQ(db.RootUUID(), QueryScalar(db.Path(), "SELECT uuid FROM folder WHERE puuid = '' AND "
+                                                  "uuid != '' Limit 1"));
+  const std::string index = QueryScalar(db.Path(), "SELECT index_id FROM folder");
+  EXPECT_EQ("s:" + QueryScalar(db.Path(), "SELECT id FROM folder_status WHERE puuid = '" +
+                                              db.RootUUID() + "' AND type = 1"),
+            index);
+  EXPECT_EQ("1", QueryScalar(db.Path(), "SELECT COUNT(*) FROM folder_order WHERE uuid = '" +
+                                            db.RootUUID() + "' AND left_uuid = '' AND "
+                                            "right_uuid = ''"));
+}
+
+TEST(AnnotationSchemaTest, LayerColumnOrderAndParentAliases) {
+  CTestDatabase db;
+  ASSERT_TRUE(db.IsValid());
+  sqlite3* conn = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open(db.Path().c_str(), &conn));
+  ASSERT_TRUE(AnnotationLayerInner::ExecSql(
+      conn, "INSERT INTO layer(uuid, folder_puuid, layer_puuid) VALUES('L', 'F', '')", ""));
+  CSqlStatement all(conn, "SELECT * FROM layer", "");
+  ASSERT_TRUE(all.StepRow());
+  const char* expected[] = {"uuid", "folder_puuid", "layer_puuid", "type", "name",
+                            "min_level", "max_level", "min_name_level", "max_name_level",
+                            "min_x", "min_y", "max_x", "max_y", "wkt", "property_header",
+                            "index_id"};
+  for (int i = 0; i < 16; ++i) {
+    EXPECT_STREQ(expected[i], sqlite3_column_name(all.Get(), i)) << i;
+  }
+  all.Finalize();
+  // The order rebuilder's column names read the parent columns.
+  CSqlStatement alias(conn, "SELECT layer.uuid FROM layer WHERE layer.folder_uuid = 'F'", "");
+  ASSERT_TRUE(alias.StepRow());
+  EXPECT_EQ("L", alias.ColumnText(0, false));
+  alias.Finalize();
+  sqlite3_close(conn);
+}
+
+TEST(AnnotationSchemaTest, RefusesExistingFilesAndLeavesThemAlone) {
+  CTempDir dir;
+  const std::string path = dir.File("keep.txt");
+  ASSERT_TRUE(WriteFileBytes(path, "precious"));
+  CZuLogCapture capture;
+  EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(path));
+  EXPECT_EQ(1, capture.Count("[CreateAnnotationDatabase]:"));
+  EXPECT_EQ("precious", ReadFileBytes(path));
+  EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(""));
+  EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(dir.File("no/such/dir.db")));
+  EXPECT_FALSE(FileExists(dir.File("no")));
+}

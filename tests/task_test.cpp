@@ -1,0 +1,274 @@
+// Background tasks: start, cooperative and bounded stop, priorities, interruptible sleep.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <stdexcept>
+
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "CriticalLock.h"
+#include "Task.h"
+#include "TaskEx.h"
+
+using namespace std::chrono;
+
+namespace {
+
+// A one-shot flag that a test thread can wait for, at most `timeout`.
+class Signal {
+ public:
+  void Set() {
+    std::lock_guard<std::mutex> guard(mutex_);
+    set_ = true;
+    changed_.notify_all();
+  }
+  bool WaitFor(milliseconds timeout = milliseconds(5000)) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    return changed_.wait_for(lock, timeout, [this] { return set_; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool set_ = false;
+};
+
+// Polls until stopped, counting rounds.
+class PollingTask : public CTask {
+ public:
+  std::atomic<int> rounds{0};
+  Signal started;
+
+ protected:
+  void OnRunTask() override {
+    started.Set();
+    while (!IsStopped()) {
+      ++rounds;
+      std::this_thread::sleep_for(milliseconds(1));
+    }
+  }
+};
+
+class ThrowingTask : public CTask {
+ public:
+  Signal entered;
+
+ protected:
+  void OnRunTask() override {
+    entered.Set();
+    throw std::runtime_error("body failed");
+  }
+};
+
+// Ignores stop requests until released.
+class StubbornTask : public CTask {
+ public:
+  Signal started;
+  Signal release;
+
+ protected:
+  void OnRunTask() override {
+    started.Set();
+    release.WaitFor(seconds(30));
+  }
+};
+
+// Records the scheduling of its own thread.
+class PriorityProbe : public CTask {
+ public:
+  int policy = -1;
+  int nice = -100;
+
+ protected:
+  void OnRunTask() override {
+    policy = sched_getscheduler(0);
+    errno = 0;
+    nice = getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
+  }
+};
+
+class SleepProbe : public CTask {
+ public:
+  int sleepMs = 0;
+  bool result = true;
+  milliseconds elapsed{0};
+  Signal started;
+
+ protected:
+  void OnRunTask() override {
+    started.Set();
+    auto begin = steady_clock::now();
+    result = SleepWhileRunning(sleepMs);
+    elapsed = duration_cast<milliseconds>(steady_clock::now() - begin);
+  }
+};
+
+}  // namespace
+
+TEST(TaskTest, StopWithoutStartReturnsFalse) {
+  PollingTask task;
+  EXPECT_FALSE(task.StopTask(-1));
+  EXPECT_TRUE(task.IsStopped());
+  EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
+}
+
+TEST(TaskTest, StartPollStopAndRestart) {
+  PollingTask task;
+  ASSERT_TRUE(task.StartTask("poller", 120, 102400));
+  EXPECT_EQ("poller", task.GetName());
+  ASSERT_TRUE(task.started.WaitFor());
+  EXPECT_TRUE(task.IsRunning());
+  task.RequestStop();
+  EXPECT_TRUE(task.IsStopped());
+  EXPECT_TRUE(task.StopTask(-1));
+  EXPECT_FALSE(task.StopTask(-1));  // handle released
+  // A second run on the same object.
+  ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));
+  EXPECT_TRUE(task.StopTask(-1));
+  EXPECT_TRUE(task.IsStopped());
+}
+
+TEST(TaskTest, ThrowingBodyReadsAsStopped) {
+  ThrowingTask task;
+  ASSERT_TRUE(task.StartTask("thrower", 120, 0));
+  ASSERT_TRUE(task.entered.WaitFor());
+  EXPECT_TRUE(task.StopTask(-1));
+  EXPECT_TRUE(task.IsStopped());
+}
+
+TEST(TaskTest, BoundedStopThatRunsOutKeepsTheThread) {
+  StubbornTask task;
+  ASSERT_TRUE(task.StartTask("stubborn", 120, 0));
+  ASSERT_TRUE(task.started.WaitFor());
+  EXPECT_FALSE(task.StopTask(20));  // the body ignores the request
+  EXPECT_TRUE(task.IsStopped());    // the flag stays cleared
+  task.release.Set();
+  EXPECT_TRUE(task.StopTask(-1));   // the thread is still held and is waited for now
+}
+
+TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
+  auto released = std::make_shared<Signal>();
+  auto finished = std::make_shared<Signal>();
+  {
+    // The body only touches state it shares, so it can outlive the task object.
+    class Detached : public CTask {
+     public:
+      Detached(std::shared_ptr<Signal> r, std::shared_ptr<Signal> f) : r_(r), f_(f) {}
+      Signal started;
+
+     protected:
+      void OnRunTask() override {
+        started.Set();
+        std::shared_ptr<Signal> r = r_, f = f_;
+        r->WaitFor(seconds(30));
+        f->Set();
+      }
+
+     private:
+      std::shared_ptr<Signal> r_, f_;
+    };
+    auto task = std::make_unique<Detached>(released, finished);
+    ASSERT_TRUE(task->StartTask("detached", 120, 0));
+    ASSERT_TRUE(task->started.WaitFor());
+  }  // destroyed while running: the process goes on
+  released->Set();
+  EXPECT_TRUE(finished->WaitFor());
+}
+
+TEST(TaskTest, PriorityStepsAndOffStepValues) {
+  PriorityProbe normal;
+  ASSERT_TRUE(normal.StartTask("p100", 100, 0));  // not a step: normal
+  ASSERT_TRUE(normal.StopTask(-1));
+  EXPECT_EQ(SCHED_OTHER, normal.policy);
+  EXPECT_EQ(getpriority(PRIO_PROCESS, 0), normal.nice);
+
+  PriorityProbe idle;
+  ASSERT_TRUE(idle.StartTask("p255", 255, 0));
+  ASSERT_TRUE(idle.StopTask(-1));
+  EXPECT_EQ(SCHED_IDLE, idle.policy);
+
+  PriorityProbe lowest;
+  ASSERT_TRUE(lowest.StartTask("p200", 200, 0));
+  ASSERT_TRUE(lowest.StopTask(-1));
+  EXPECT_EQ(SCHED_OTHER, lowest.policy);
+  EXPECT_GT(lowest.nice, getpriority(PRIO_PROCESS, 0));
+}
+
+TEST(TaskTest, ShortSleepsAreNotCut) {
+  SleepProbe task;
+  task.sleepMs = -5;  // taken as 100
+  ASSERT_TRUE(task.StartTask("sleep", 120, 0));
+  ASSERT_TRUE(task.started.WaitFor());
+  task.RequestStop();  // noticed only after the whole short sleep
+  ASSERT_TRUE(task.StopTask(-1));
+  EXPECT_TRUE(task.result);
+  EXPECT_GE(task.elapsed.count(), 100);
+}
+
+TEST(TaskTest, LongSleepEndsAfterTheSliceInWhichStopWasRequested) {
+  SleepProbe task;
+  task.sleepMs = 2500;
+  ASSERT_TRUE(task.StartTask("sleep", 120, 0));
+  ASSERT_TRUE(task.started.WaitFor());
+  task.RequestStop();
+  ASSERT_TRUE(task.StopTask(-1));
+  EXPECT_FALSE(task.result);
+  EXPECT_GE(task.elapsed.count(), 1000);
+  EXPECT_LT(task.elapsed.count(), 2500);
+}
+
+namespace {
+class CountingUser : public CTaskExUser {
+ public:
+  std::atomic<int> calls{0};
+  CTaskEx* lastTask = nullptr;
+  void OnRunTaskEx(CTaskEx* task) override {
+    lastTask = task;
+    ++calls;
+  }
+};
+}  // namespace
+
+TEST(TaskExTest, ForwardsToItsUserAndEndsWithoutOne) {
+  CTaskEx orphan;
+  ASSERT_TRUE(orphan.StartTask("orphan", 120, 0));
+  EXPECT_TRUE(orphan.StopTask(-1));
+  EXPECT_TRUE(orphan.IsStopped());
+
+  CountingUser user;
+  CTaskEx first, second;
+  first.SetTaskUser(&user);
+  second.SetTaskUser(&user);
+  ASSERT_TRUE(first.StartTask("a", 120, 0));
+  ASSERT_TRUE(first.StopTask(-1));
+  EXPECT_EQ(&first, user.lastTask);
+  ASSERT_TRUE(second.StartTask("b", 120, 0));
+  ASSERT_TRUE(second.StopTask(-1));
+  EXPECT_EQ(&second, user.lastTask);
+  EXPECT_EQ(2, user.calls.load());
+  CTaskExUser plain;
+  plain.OnRunTaskEx(&first);  // the default does nothing
+}
+
+TEST(CriticalLockTest, IsReentrantAndExcludesOtherThreads) {
+  CCriticalLock lock;
+  EXPECT_TRUE(lock.Lock());
+  EXPECT_TRUE(lock.Lock());
+  std::atomic<bool> entered{false};
+  std::thread other([&] {
+    CCriticalLockGuard guard(&lock);
+    entered = true;
+  });
+  std::this_thread::yield();
+  EXPECT_FALSE(entered.load());
+  EXPECT_TRUE(lock.Unlock());
+  EXPECT_TRUE(lock.Unlock());
+  other.join();
+  EXPECT_TRUE(entered.load());
+}
