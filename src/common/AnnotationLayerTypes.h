@@ -2,6 +2,9 @@
 //
 // Numeric values are stored in annotation databases and are part of the exported interface: never
 // renumber them.
+//
+// Every enumeration has the fixed underlying type int, so that any number read back from a database
+// is a valid value of its type (also one that has no enumerator).
 #ifndef ANNOTATIONLAYER_TYPES_H
 #define ANNOTATIONLAYER_TYPES_H
 
@@ -9,7 +12,7 @@
 
 // Kind of a layer. 100 to 102 are GIS layers (features share the layer's style and carry no own
 // style rows); every other value is a plain annotation layer.
-enum E_LAYER_TYPE {
+enum E_LAYER_TYPE : int {
   LAYER_TYPE_UNKNOWN = -1,
   LAYER_TYPE_ANNOTATION = 0,
   LAYER_TYPE_GIS_POINT = 100,
@@ -18,7 +21,7 @@ enum E_LAYER_TYPE {
 };
 
 // Kind of a feature. 0 and 300 are point kinds, 1 and 200 line kinds, 2 to 5 area kinds.
-enum E_ANNOTATION_TYPE {
+enum E_ANNOTATION_TYPE : int {
   ANNOTATION_TYPE_UNKNOWN = -1,
   ANNOTATION_TYPE_POINT = 0,
   ANNOTATION_TYPE_LINE = 1,
@@ -34,7 +37,7 @@ enum E_ANNOTATION_TYPE {
 };
 
 // Kind of a folder. -1 is the default of a record that was never filled.
-enum E_FOLDER_TYPE {
+enum E_FOLDER_TYPE : int {
   FOLDER_TYPE_UNKNOWN = -1,
   FOLDER_TYPE_NORMAL = 0,
   FOLDER_TYPE_ROOT = 1,     // the top root folder of a database
@@ -42,7 +45,7 @@ enum E_FOLDER_TYPE {
 };
 
 // Kind of an enclosure (an attachment of a feature). A new enclosure record is a file (1).
-enum E_ENCLOSURE_TYPE {
+enum E_ENCLOSURE_TYPE : int {
   ENCLOSURE_TYPE_UNKNOWN = 0,
   ENCLOSURE_TYPE_FILE = 1,
   ENCLOSURE_TYPE_IMAGE = 2,
@@ -53,7 +56,7 @@ enum E_ENCLOSURE_TYPE {
 };
 
 // Type of a value in a field set.
-enum E_FIELD_OFST_TYPE {
+enum E_FIELD_OFST_TYPE : int {
   FIELD_OFST_TYPE_NONE = 0,
   FIELD_OFST_TYPE_BOOL = 1,
   FIELD_OFST_TYPE_CHAR = 2,
@@ -65,7 +68,7 @@ enum E_FIELD_OFST_TYPE {
 };
 
 // The table a node lives in.
-enum E_NODE_KIND {
+enum E_NODE_KIND : int {
   NODE_KIND_NONE = 0,
   NODE_KIND_FOLDER = 1,
   NODE_KIND_LAYER = 2,
