@@ -12,7 +12,7 @@ function(annotationlayer_library)
   foreach(dir ${AL_INCLUDE_DIRS})
     target_include_directories(${AL_NAME} PUBLIC $<BUILD_INTERFACE:${dir}>)
   endforeach()
-  target_include_directories(${AL_NAME} PUBLIC $<INSTALL_INTERFACE:${ANNOTATIONLAYER_INCLUDE_DEST}>)
+  target_include_directories(${AL_NAME} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   target_link_libraries(${AL_NAME} PUBLIC ${AL_PUBLIC_LIBS} PRIVATE ${AL_PRIVATE_LIBS})
   install(TARGETS ${AL_NAME} EXPORT AnnotationLayerTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

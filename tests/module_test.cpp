@@ -6,6 +6,7 @@
 
 #include "AnnotationLayerModule.h"
 #include "AnnotationLayerNS.h"
+#include "EventModule.h"
 #include "IAnnotationDBDataModel.h"
 #include "ObjectCreator.h"
 #include "TempDir.h"

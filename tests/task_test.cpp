@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include <sched.h>
 #include <sys/resource.h>
@@ -93,19 +94,31 @@ class PriorityProbe : public CTask {
   }
 };
 
+// Calls SleepWhileRunning on its thread and records the slices it sleeps instead of sleeping;
+// `stopInSlice` (1-based) requests a stop from inside that slice.
 class SleepProbe : public CTask {
  public:
   int sleepMs = 0;
-  bool result = true;
-  milliseconds elapsed{0};
-  Signal started;
+  int stopInSlice = 0;
+  bool result = false;
+  std::vector<int> slices;
+  Signal done;
+
+  // Starts the probe and waits until its body is through, then releases the thread.
+  void Run() {
+    ASSERT_TRUE(StartTask("sleep", 120, 0));
+    ASSERT_TRUE(done.WaitFor());
+    ASSERT_TRUE(StopTask(-1));
+  }
 
  protected:
   void OnRunTask() override {
-    started.Set();
-    auto begin = steady_clock::now();
     result = SleepWhileRunning(sleepMs);
-    elapsed = duration_cast<milliseconds>(steady_clock::now() - begin);
+    done.Set();
+  }
+  void SleepMilliseconds(int ms) override {
+    slices.push_back(ms);
+    if (static_cast<int>(slices.size()) == stopInSlice) RequestStop();
   }
 };
 
@@ -203,24 +216,47 @@ TEST(TaskTest, PriorityStepsAndOffStepValues) {
 TEST(TaskTest, ShortSleepsAreNotCut) {
   SleepProbe task;
   task.sleepMs = -5;  // taken as 100
-  ASSERT_TRUE(task.StartTask("sleep", 120, 0));
-  ASSERT_TRUE(task.started.WaitFor());
-  task.RequestStop();  // noticed only after the whole short sleep
-  ASSERT_TRUE(task.StopTask(-1));
-  EXPECT_TRUE(task.result);
-  EXPECT_GE(task.elapsed.count(), 100);
+  task.stopInSlice = 1;
+  task.Run();
+  EXPECT_TRUE(task.result);  // a stop during a short sleep does not cut it
+  EXPECT_EQ(std::vector<int>{100}, task.slices);
 }
 
-TEST(TaskTest, LongSleepEndsAfterTheSliceInWhichStopWasRequested) {
-  SleepProbe task;
-  task.sleepMs = 2500;
+TEST(TaskTest, LongSleepsAreSlicedAndEndAfterTheSliceThatSawTheStop) {
+  SleepProbe whole;
+  whole.sleepMs = 2500;
+  whole.Run();
+  EXPECT_TRUE(whole.result);
+  EXPECT_EQ((std::vector<int>{1000, 1000, 500}), whole.slices);
+
+  SleepProbe cut;
+  cut.sleepMs = 2500;
+  cut.stopInSlice = 1;
+  cut.Run();
+  EXPECT_FALSE(cut.result);
+  EXPECT_EQ(std::vector<int>{1000}, cut.slices);
+}
+
+TEST(TaskTest, RealSleepTakesAtLeastTheAskedTime) {
+  class RealSleep : public CTask {
+   public:
+    bool result = false;
+    milliseconds elapsed{0};
+    Signal done;
+
+   protected:
+    void OnRunTask() override {
+      auto begin = steady_clock::now();
+      result = SleepWhileRunning(30);
+      elapsed = duration_cast<milliseconds>(steady_clock::now() - begin);
+      done.Set();
+    }
+  } task;
   ASSERT_TRUE(task.StartTask("sleep", 120, 0));
-  ASSERT_TRUE(task.started.WaitFor());
-  task.RequestStop();
+  ASSERT_TRUE(task.done.WaitFor());  // the flag stays set until the body is done
   ASSERT_TRUE(task.StopTask(-1));
-  EXPECT_FALSE(task.result);
-  EXPECT_GE(task.elapsed.count(), 1000);
-  EXPECT_LT(task.elapsed.count(), 2500);
+  EXPECT_TRUE(task.result);
+  EXPECT_GE(task.elapsed.count(), 30);
 }
 
 namespace {

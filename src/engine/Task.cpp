@@ -137,15 +137,19 @@ bool CTask::SleepWhileRunning(int ms) {
   if (!IsRunning()) return false;
   if (ms < 0) ms = 100;
   if (ms <= 1000) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    SleepMilliseconds(ms);
     return true;
   }
   int remaining = ms;
   while (remaining > 1000) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    SleepMilliseconds(1000);
     remaining -= 1000;
     if (!IsRunning()) return false;
   }
-  std::this_thread::sleep_for(std::chrono::milliseconds(remaining));
+  SleepMilliseconds(remaining);
   return true;
+}
+
+void CTask::SleepMilliseconds(int ms) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }

@@ -46,6 +46,8 @@ class ANNOTATIONLAYER_EXPORT CTask {
  protected:
   // The thread's body. Exceptions that escape it are swallowed; leaving it clears the running flag.
   virtual void OnRunTask() = 0;
+  // One uninterrupted sleep of SleepWhileRunning; tests replace it to observe the slices.
+  virtual void SleepMilliseconds(int ms);
 
  private:
   struct Thread;

@@ -11,6 +11,11 @@
 #include "TextConversion.h"
 #include "ZuLog.h"
 
+namespace AnnotationLayerInner {
+// The text of annotation_schema.sql, compiled into the library.
+extern const char* const kAnnotationSchemaSql;
+}  // namespace AnnotationLayerInner
+
 namespace AnnotationLayerNS {
 namespace {
 

@@ -19,9 +19,4 @@ ANNOTATIONLAYER_EXPORT bool CreateAnnotationDatabase(const std::string& path,
 
 }  // namespace AnnotationLayerNS
 
-namespace AnnotationLayerInner {
-// The text of annotation_schema.sql, compiled into the library.
-extern const char* const kAnnotationSchemaSql;
-}  // namespace AnnotationLayerInner
-
 #endif  // ANNOTATIONLAYER_ANNOTATION_SCHEMA_H

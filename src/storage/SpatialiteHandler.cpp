@@ -93,7 +93,9 @@ bool CSpatialiteHandler::OpenWithFlags(const std::string& path, int flags, bool 
 
 bool CSpatialiteHandler::Close() {
   if (db_ == nullptr) return true;
-  sqlite3_close(db_);
+  // With statements still unfinalized, sqlite3_close would fail and leak the connection; the v2
+  // form closes it as soon as the last of them is finalized.
+  sqlite3_close_v2(db_);
   if (cache_ != nullptr) {
     spatialite_cleanup_ex(cache_);
     spatialite_shutdown();

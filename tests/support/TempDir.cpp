@@ -30,6 +30,8 @@ bool FileExists(const std::string& path) {
 }
 
 std::string ReadFileBytes(const std::string& path) {
+  std::error_code ec;
+  if (!fs::is_regular_file(path, ec)) return std::string();
   std::ifstream in(path, std::ios::binary);
   if (!in) return std::string();
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

@@ -1,0 +1,47 @@
+// The annotation layer module for hosts: every exported class, interface, record, enumeration and
+// free function of the module, with the host types they use. Installed as
+// <annotationlayer/AnnotationLayer.h>; link with AnnotationLayer::annotationlayer.
+#ifndef ANNOTATIONLAYER_H
+#define ANNOTATIONLAYER_H
+
+// Host SDK.
+#include "EventKernel.h"
+#include "EventModule.h"
+#include "EventObject.h"
+#include "GeometryData.h"
+#include "GeometryDataType.h"
+#include "IObject.h"
+#include "IZuModule.h"
+#include "ObjectCreator.h"
+#include "Vector3D.h"
+#include "XEncoder.h"
+#include "ZuCoreApplication.h"
+#include "ZuLog.h"
+
+// Module frame and shared conversions.
+#include "AnnotationLayerExport.h"
+#include "AnnotationLayerNS.h"
+#include "AnnotationLayerTypes.h"
+#include "AnnotationSchema.h"
+#include "IAnnotationLayerModule.h"
+
+// Data model, records and observers.
+#include "AnnotationDBObjectNotifier.h"
+#include "ChangeMask.h"
+#include "EnclosureOption.h"
+#include "FeatureOption.h"
+#include "FolderOption.h"
+#include "IAnnotationDBDataModel.h"
+#include "IAnnotationDBObjectNotifier.h"
+#include "IAnnotationDBObjectObserver.h"
+#include "IAnnotationDBObjectVisitor.h"
+#include "LayerOption.h"
+#include "NodeAttribute.h"
+
+// Background tasks.
+#include "CriticalLock.h"
+#include "Task.h"
+#include "TaskEx.h"
+#include "TaskExUser.h"
+
+#endif  // ANNOTATIONLAYER_H
