@@ -75,6 +75,11 @@ class ANNOTATIONLAYER_EXPORT CFeatureOption : public CChangeMask {
   std::vector<int64_t> GetIndexUserdata() const;
   std::vector<int64_t> GetIndexEnclosure() const;
 
+
+  // Result marks of the last insert of this record: 0, or bit 2 when the order row and bit 16 when
+  // the status rows could not be written; -1 when the node row itself failed.
+  int GetResult() const { return result_; }
+  void SetResult(int result) { result_ = result; }
  private:
   std::string uuid_;
   std::string parentUuid_;
@@ -89,6 +94,7 @@ class ANNOTATIONLAYER_EXPORT CFeatureOption : public CChangeMask {
   int status_ = 0;
   int orderNum_ = -1;
   std::string indexArray_;
+  int result_ = 0;
 };
 
 #endif  // ANNOTATIONLAYER_FEATURE_OPTION_H

@@ -58,6 +58,11 @@ class ANNOTATIONLAYER_EXPORT CFolderOption : public CChangeMask {
   void SetIndexArray(const std::vector<int64_t>& statusIds);
   std::vector<int64_t> GetIndexStatus() const;
 
+
+  // Result marks of the last insert of this record: 0, or bit 2 when the order row and bit 16 when
+  // the status rows could not be written; -1 when the node row itself failed.
+  int GetResult() const { return result_; }
+  void SetResult(int result) { result_ = result; }
  private:
   std::string uuid_;
   std::string parentUuid_;
@@ -68,6 +73,7 @@ class ANNOTATIONLAYER_EXPORT CFolderOption : public CChangeMask {
   int status_ = 0;
   int orderNum_ = -1;
   std::string indexArray_;
+  int result_ = 0;
 };
 
 #endif  // ANNOTATIONLAYER_FOLDER_OPTION_H

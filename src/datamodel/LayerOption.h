@@ -90,6 +90,11 @@ class ANNOTATIONLAYER_EXPORT CLayerOption : public CChangeMask {
   std::vector<int64_t> GetIndexStatus() const;
   std::vector<int64_t> GetIndexUserdata() const;
 
+
+  // Result marks of the last insert of this record: 0, or bit 2 when the order row and bit 16 when
+  // the status rows could not be written; -1 when the node row itself failed.
+  int GetResult() const { return result_; }
+  void SetResult(int result) { result_ = result; }
  private:
   std::string uuid_;
   std::string parentUuid_;
@@ -111,6 +116,7 @@ class ANNOTATIONLAYER_EXPORT CLayerOption : public CChangeMask {
   EXTENT extent_;
   int orderNum_ = -1;
   std::string indexArray_;
+  int result_ = 0;
 };
 
 #endif  // ANNOTATIONLAYER_LAYER_OPTION_H

@@ -135,3 +135,11 @@ bool CSpatialiteDBDataModel::RollBackTransaction() {
 }
 
 bool CSpatialiteDBDataModel::IsInTransaction() { return handler_ && depth_ > 0; }
+
+// The node cache calculator is not part of this build yet; these are the points where the model
+// tells it of changes.
+void CSpatialiteDBDataModel::NotifyFolderChanged(const CFolderOption&) {}
+
+void CSpatialiteDBDataModel::NotifyLayerChanged(const CLayerOption&) {}
+
+void CSpatialiteDBDataModel::NotifySubtreeRemoved() {}

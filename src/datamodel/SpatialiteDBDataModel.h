@@ -9,8 +9,11 @@
 #ifndef ANNOTATIONLAYER_SPATIALITE_DB_DATA_MODEL_H
 #define ANNOTATIONLAYER_SPATIALITE_DB_DATA_MODEL_H
 
+#include <cstdint>
+#include <list>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "IAnnotationDBDataModel.h"
 
@@ -127,6 +130,107 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   CSpatialiteHandler* GetHandler() const { return handler_.get(); }
 
  private:
+  // --- Sibling order (tree and order) ---
+  bool QueryFolderOrder(const std::string& uuid, std::string& left, std::string& right,
+                        int& orderNum);
+  bool QueryCompositeOrder(const std::string& uuid, bool isLayer, std::string& leftShape,
+                           std::string& leftLayer, std::string& rightShape,
+                           std::string& rightLayer, int& orderNum);
+  std::string QueryLeftFirstFolder(const std::string& start);
+  std::string QueryRightLastFolder(const std::string& start);
+  std::string QueryLeftFirstComposite(const std::string& start, bool& isLayer);
+  std::string QueryRightLastComposite(const std::string& start, bool& isLayer);
+  // Walks a list to its end through `sql` (one '?' for the current uuid); shared by the walks.
+  std::string WalkFolderList(const std::string& start, const std::string& sql,
+                             const std::string& tag);
+  std::string WalkCompositeList(const std::string& start, bool& isLayer, const char* columns,
+                                const std::string& tag);
+  bool InsertFolderOrder(const std::string& uuid, const CFolderOption& option);
+  bool InsertLayerOrder(const std::string& uuid, const CLayerOption& option);
+  bool InsertFeatureOrder(const std::string& uuid, const CFeatureOption& option);
+  bool InsertCompositeOrder(const char* table, const std::string& uuid, const std::string& left,
+                            bool leftIsLayer, const std::string& right, bool rightIsLayer,
+                            int orderNum, const std::string& tag);
+  bool ModifyFolderOrder(const std::string& uuid, const CFolderOption& option);
+  bool ModifyLayerOrder(const std::string& uuid, const CLayerOption& option);
+  bool ModifyFeatureOrder(const std::string& uuid, const CFeatureOption& option);
+  bool ModifyCompositeOrder(const char* table, const std::string& uuid, const std::string& left,
+                            bool leftIsLayer, const std::string& right, bool rightIsLayer,
+                            int orderNum, const std::string& tag);
+  // Links the neighbours of a node to each other; the node's own order row is left alone.
+  void UnlinkFolder(const std::string& uuid);
+  void UnlinkComposite(const std::string& uuid, bool isLayer);
+
+  // --- Insertion and deletion ---
+  bool InsertFolderStatus(const CFolderOption& option, std::vector<int64_t>& ids);
+  bool InsertLayerStatus(const CLayerOption& option, std::vector<int64_t>& ids);
+  bool InsertFeatureStatus(const CFeatureOption& option, std::vector<int64_t>& ids);
+  // The index_id text of a node; false when the statement fails or the node does not exist.
+  bool QueryTableIndexes(const char* table, const std::string& uuid, std::string& indexText);
+  // Removes every row of a folder's or layer's subtree, itself included.
+  bool RemoveSubtree(const std::string& uuid, bool isLayer);
+  // The node row of a feature given with its object: style, attribute fields and geometry.
+  bool InsertFeatureWithData(CFeatureOption& option, std::vector<int64_t>& statusIds,
+                             IAnnotationFeature* feature);
+
+  // --- Keeping the node cache calculator current ---
+  void NotifyFolderChanged(const CFolderOption& option);
+  void NotifyLayerChanged(const CLayerOption& option);
+  void NotifySubtreeRemoved();
+
+  // --- Traversal ---
+  E_HANDLE_TYPE TravelFolderForFolderChildren(IAnnotationDBObjectVisitor* visitor,
+                                              const std::string& uuid,
+                                              std::list<std::string>& path);
+  E_HANDLE_TYPE TravelFolderForLayerChildren(IAnnotationDBObjectVisitor* visitor,
+                                             const std::string& uuid,
+                                             std::list<std::string>& path);
+  E_HANDLE_TYPE TravelLayerForChildren(IAnnotationDBObjectVisitor* visitor,
+                                       const std::string& uuid, std::list<std::string>& path);
+  // Visits a sibling list from `first` to its end.
+  E_HANDLE_TYPE TravelFolderList(IAnnotationDBObjectVisitor* visitor, const std::string& first,
+                                 std::list<std::string>& path, const std::string& tag);
+  E_HANDLE_TYPE TravelCompositeList(IAnnotationDBObjectVisitor* visitor, const std::string& first,
+                                    bool isLayer, std::list<std::string>& path,
+                                    const std::string& tag);
+  // Visits one folder and, on 0, its subtree; `path` holds the folder's ancestors.
+  E_HANDLE_TYPE VisitFolder(IAnnotationDBObjectVisitor* visitor, const std::string& uuid,
+                            std::list<std::string>& path);
+  E_HANDLE_TYPE VisitLayer(IAnnotationDBObjectVisitor* visitor, const std::string& uuid,
+                           std::list<std::string>& path);
+  E_HANDLE_TYPE VisitFeature(IAnnotationDBObjectVisitor* visitor, const std::string& uuid,
+                             const std::list<std::string>& path);
+  // Runs a statement whose first column is a feature uuid and visits each row's feature.
+  bool VisitFeatureRows(IAnnotationDBObjectVisitor* visitor, const std::string& sql,
+                        const std::string& tag);
+  // The first column of the first row of `sql` as text; "" when there is none.
+  std::string QueryFirstText(const std::string& sql, const std::string& tag);
+  // The first column of the first row of `sql` as an integer; `fallback` when there is none.
+  int64_t QueryFirstInt(const std::string& sql, const std::string& tag, int64_t fallback);
+
+ public:
+  // The uuids of a node's ancestors, the top folder first and the direct parent last. Used by
+  // the node cache calculator.
+  bool QueryParentUUIDList(std::list<std::string>& ancestors, const std::string& uuid);
+
+ private:
+  // --- Options ---
+  void FillFolderStatus(CFolderOption& option);
+  void FillLayerStatus(CLayerOption& option);
+  void FillFeatureStatus(CFeatureOption& option);
+  // The status word of a folder from its type-1 status row; -1 when there is none.
+  int QueryFolderAttribute(const std::vector<int64_t>& statusIds);
+  bool QueryLayerAttribute_Exist(const std::string& uuid, CNodeAttribute& attribute,
+                                 std::string& indexText);
+  int QueryLayerAttribute_Status(const std::vector<int64_t>& statusIds);
+  bool ModifyFolderBase(const CFolderOption& option);
+  bool ModifyFolderStatus(const CFolderOption& option);
+  bool ModifyLayerBase(const CLayerOption& option);
+  bool ModifyLayerWkt(const CLayerOption& option);
+  bool ModifyLayerStatus(const CLayerOption& option);
+  bool ModifyFeatureBase(const CFeatureOption& option);
+  bool ModifyFeatureStatus(const CFeatureOption& option);
+
   int objectId_;
   std::string name_;
   std::string filePath_;
