@@ -7,7 +7,6 @@
 
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
-#include "FeatureBrushStyle.h"
 #include "FeatureIconStyle.h"
 #include "FeatureLabelStyle.h"
 #include "FeaturePenStyle.h"
@@ -161,38 +160,16 @@ TEST(FeatureStyleSetTest, OwnershipAndDeepCopy) {
   EXPECT_EQ(2, deaths);
 }
 
-TEST(FeatureStyleTest, DefaultsAndAccessors) {
-  const CFeaturePenStyle pen;
-  EXPECT_EQ(QColor(Qt::black), pen.GetColor());
-  EXPECT_EQ(1.0, pen.GetWidth());
-  EXPECT_EQ(GCS_UNIT_PIXEL, pen.GetUnit());
-  EXPECT_EQ(OGR_PEN_SOLID, pen.GetIdentify());
-
-  CFeatureBrushStyle brush;
-  EXPECT_EQ(OGR_BRUSH_SOLID, brush.GetIdentify());
-  EXPECT_EQ(1.0, brush.GetScale());
-  brush.SetIdentify(OGR_BRUSH_DIAGCROSS);
-  brush.SetAngle(45.0);
-  EXPECT_EQ(7, brush.GetIdentify());
-  EXPECT_EQ(45.0, brush.GetAngle());
-
-  CFeatureIconStyle icon;
-  EXPECT_EQ(1.0f, icon.GetIconScale());
-  icon.SetIconUrl("icons/a.png");
-  const std::unique_ptr<CFeatureStyle> clone = icon.Clone();
-  const auto* clonedIcon = dynamic_cast<const CFeatureIconStyle*>(clone.get());
-  ASSERT_NE(nullptr, clonedIcon);
-  EXPECT_EQ("icons/a.png", clonedIcon->GetIconUrl());
-
+TEST(FeatureStyleTest, CloneKeepsTheConcreteStyle) {
   CFeatureLabelStyle label;
-  EXPECT_FALSE(label.GetOutLineColor().isValid());
-  EXPECT_EQ(12.0, label.GetSize());
   label.SetStrikethrough(true);
-  label.SetUnderline(true);
-  EXPECT_TRUE(label.IsStrikethrought());
-  EXPECT_TRUE(label.IsUnderline());
-  EXPECT_FALSE(label.IsBold());
-  EXPECT_FALSE(label.IsItalic());
+  label.SetFontName("f");
+  const std::unique_ptr<CFeatureStyle> clone = label.Clone();
+  const auto* cloned = dynamic_cast<const CFeatureLabelStyle*>(clone.get());
+  ASSERT_NE(nullptr, cloned);
+  EXPECT_TRUE(cloned->IsStrikethrought());
+  EXPECT_EQ("f", cloned->GetFontName());
+  EXPECT_EQ(nullptr, dynamic_cast<const CFeatureIconStyle*>(clone.get()));
 }
 
 TEST(AnnotationModuleTest, OneModuleMakesPlainObjects) {
