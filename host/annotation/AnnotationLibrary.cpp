@@ -1,1 +1,0 @@
-// Placeholder translation unit; the library grows feature and style classes.

@@ -1,0 +1,3 @@
+#include "FeatureStyle.h"
+
+CFeatureStyle::~CFeatureStyle() = default;

@@ -1,0 +1,188 @@
+// The host annotation library: feature geometry and fields, group ownership, style set ownership
+// and deep copies, and the module factory.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "AnnotationFeature.h"
+#include "AnnotationGroup.h"
+#include "FeatureIconStyle.h"
+#include "FeatureLabelStyle.h"
+#include "FeaturePenStyle.h"
+#include "FeatureStyleSet.h"
+#include "IAnnotationModule.h"
+
+namespace {
+
+CGeometryData Part(std::vector<CVector3D> vertices) { return CGeometryData(std::move(vertices)); }
+
+// Counts its own destructions, to prove who deletes what.
+class CCountedStyle : public CFeatureStyle {
+ public:
+  explicit CCountedStyle(int* deaths) : deaths_(deaths) {}
+  ~CCountedStyle() override { ++*deaths_; }
+  std::unique_ptr<CFeatureStyle> Clone() const override {
+    return std::make_unique<CCountedStyle>(deaths_);
+  }
+
+ private:
+  int* deaths_;
+};
+
+class CPartRecorder : public IAnnotationFeature::IGeometryDataVisitor {
+ public:
+  void ApplyGeometryData(IAnnotationFeature* feature, int partIndex,
+                         const CGeometryData& data) override {
+    seen.push_back({feature, partIndex, data.GetSize()});
+  }
+  struct Visit {
+    IAnnotationFeature* feature;
+    int index;
+    int size;
+  };
+  std::vector<Visit> seen;
+};
+
+}  // namespace
+
+TEST(AnnotationFeatureTest, GeometryPartsAndExtent) {
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTIPOINT);
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOINT, feature.GetGeometryType());
+  CVector3D min(9, 9, 9);
+  CVector3D max(9, 9, 9);
+  EXPECT_FALSE(feature.GetExtent(min, max));
+  EXPECT_EQ(CVector3D(9, 9, 9), min) << "no vertex: corners untouched";
+
+  feature.AddPart(Part({{1, 2, 3}}));
+  feature.AddPart(Part({{-4, 5, 0.5}, {7, -8, 9}}));
+  EXPECT_EQ(2, feature.GetPartCount());
+  EXPECT_EQ(CVector3D(-4, 5, 0.5), feature.GetPart(1).At(0));
+  EXPECT_EQ(0, feature.GetPart(2).GetSize()) << "out of range gives an empty part";
+  EXPECT_EQ(0, feature.GetPart(-1).GetSize());
+  ASSERT_TRUE(feature.GetExtent(min, max));
+  EXPECT_EQ(CVector3D(-4, -8, 0.5), min);
+  EXPECT_EQ(CVector3D(7, 5, 9), max);
+
+  CPartRecorder recorder;
+  feature.TravelGeometryData(recorder);
+  ASSERT_EQ(2u, recorder.seen.size());
+  EXPECT_EQ(&feature, recorder.seen[0].feature);
+  EXPECT_EQ(0, recorder.seen[0].index);
+  EXPECT_EQ(1, recorder.seen[0].size);
+  EXPECT_EQ(1, recorder.seen[1].index);
+  EXPECT_EQ(2, recorder.seen[1].size);
+
+  feature.SetGeometryData({Part({{0, 0, 0}})});
+  EXPECT_EQ(1, feature.GetPartCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOINT, feature.GetGeometryType());
+  feature.ClearParts();
+  EXPECT_EQ(0, feature.GetPartCount());
+}
+
+TEST(AnnotationFeatureTest, FieldsKeepOrderAndUniqueKeys) {
+  CAnnotationFeature feature;
+  feature.SetName("name");
+  EXPECT_EQ("name", feature.GetName());
+  feature.SetFieldValue("b", QVariant(1));
+  feature.SetFieldValue("a", QVariant(QString("x")));
+  feature.SetFieldValue("b", QVariant(2.5));  // replaced in place
+  ASSERT_EQ(2, feature.GetFieldCount());
+  EXPECT_EQ("b", feature.GetFieldKey(0));
+  EXPECT_EQ(QVariant(2.5), feature.GetFieldValue(0));
+  EXPECT_EQ("a", feature.GetFieldKey(1));
+  EXPECT_EQ(1, feature.FindField("a"));
+  EXPECT_EQ(-1, feature.FindField("A"));
+  EXPECT_EQ("", feature.GetFieldKey(2));
+  EXPECT_FALSE(feature.GetFieldValue(-1).isValid());
+  feature.ClearFields();
+  EXPECT_EQ(0, feature.GetFieldCount());
+  ASSERT_NE(nullptr, feature.GetStyleSet());
+  EXPECT_TRUE(feature.GetStyleSet()->IsEmpty());
+}
+
+TEST(AnnotationGroupTest, OwnsChildrenAndLinksParents) {
+  int deaths = 0;
+  {
+    CAnnotationGroup root("root");
+    IAnnotationGroup* child = root.AddGroup(std::make_unique<CAnnotationGroup>("child"));
+    ASSERT_NE(nullptr, child);
+    EXPECT_EQ(&root, child->GetParentGroup());
+    EXPECT_EQ(nullptr, root.GetParentGroup());
+    IAnnotationFeature* feature = child->AddFeature(std::make_unique<CAnnotationFeature>());
+    ASSERT_NE(nullptr, feature);
+    EXPECT_EQ(child, feature->GetGroup());
+    feature->GetStyleSet()->PushBack(new CCountedStyle(&deaths));
+    EXPECT_EQ(1, root.GetGroupCount());
+    EXPECT_EQ(0, root.GetFeatureCount());
+    EXPECT_EQ(1, child->GetFeatureCount());
+    EXPECT_EQ(feature, child->GetFeature(0));
+    EXPECT_EQ(nullptr, child->GetFeature(1));
+    EXPECT_EQ(nullptr, root.GetGroup(-1));
+    EXPECT_EQ(nullptr, root.AddFeature(nullptr));
+    EXPECT_EQ(nullptr, root.AddGroup(nullptr));
+    EXPECT_EQ(0, deaths);
+  }
+  EXPECT_EQ(1, deaths) << "the group tree deletes its features and their styles";
+}
+
+TEST(FeatureStyleSetTest, OwnershipAndDeepCopy) {
+  int deaths = 0;
+  CFeatureStyleSet set;
+  EXPECT_TRUE(set.IsEmpty());
+  set.PushBack(static_cast<CFeatureStyle*>(nullptr));
+  EXPECT_EQ(0, set.GetCount());
+  set.PushBack(new CCountedStyle(&deaths));
+  auto pen = std::make_unique<CFeaturePenStyle>();
+  pen->SetWidth(3.5);
+  set.PushBack(std::move(pen));
+  ASSERT_EQ(2, set.GetCount());
+  EXPECT_EQ(nullptr, set.At(2));
+  EXPECT_EQ(nullptr, set.At(-1));
+  {
+    const CFeatureStyleSet copy(set);
+    ASSERT_EQ(2, copy.GetCount());
+    EXPECT_NE(set.At(1), copy.At(1)) << "a copy owns its own styles";
+    const auto* copiedPen = dynamic_cast<const CFeaturePenStyle*>(copy.At(1));
+    ASSERT_NE(nullptr, copiedPen);
+    EXPECT_EQ(3.5, copiedPen->GetWidth());
+  }
+  EXPECT_EQ(1, deaths) << "the copy deleted only its clone";
+  CFeatureStyleSet assigned;
+  assigned = set;
+  assigned = assigned;
+  EXPECT_EQ(2, assigned.GetCount());
+  set.Clear();
+  EXPECT_TRUE(set.IsEmpty());
+  EXPECT_EQ(2, deaths);
+  CFeatureStyleSet moved(std::move(assigned));
+  EXPECT_EQ(2, moved.GetCount());
+  EXPECT_EQ(2, deaths);
+}
+
+TEST(FeatureStyleTest, CloneKeepsTheConcreteStyle) {
+  CFeatureLabelStyle label;
+  label.SetStrikethrough(true);
+  label.SetFontName("f");
+  const std::unique_ptr<CFeatureStyle> clone = label.Clone();
+  const auto* cloned = dynamic_cast<const CFeatureLabelStyle*>(clone.get());
+  ASSERT_NE(nullptr, cloned);
+  EXPECT_TRUE(cloned->IsStrikethrought());
+  EXPECT_EQ("f", cloned->GetFontName());
+  EXPECT_EQ(nullptr, dynamic_cast<const CFeatureIconStyle*>(clone.get()));
+}
+
+TEST(AnnotationModuleTest, OneModuleMakesPlainObjects) {
+  IAnnotationModule* module = GetOrCreateAnnotationModule();
+  ASSERT_NE(nullptr, module);
+  EXPECT_EQ(module, GetOrCreateAnnotationModule());
+  std::unique_ptr<IAnnotationFeature> feature = module->CreateFeature();
+  ASSERT_NE(nullptr, feature);
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_UNKNOWN, feature->GetGeometryType());
+  EXPECT_EQ(0, feature->GetPartCount());
+  std::unique_ptr<IAnnotationGroup> group = module->CreateGroup();
+  ASSERT_NE(nullptr, group);
+  EXPECT_EQ("", group->GetName());
+  group->AddFeature(std::move(feature));
+  EXPECT_EQ(1, group->GetFeatureCount());
+}

@@ -1,0 +1,262 @@
+// The variant text codec: every type round-trips exactly, reals to the last bit; list encoding
+// keeps any content; unknown names and unreadable texts give an invalid value and one warning.
+#include <gtest/gtest.h>
+
+#include <QByteArrayList>
+#include <QDate>
+#include <QStringList>
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "VariantTextCodec.h"
+#include "ZuLog.h"
+
+using AnnotationLayerNS::VariantFromText;
+using AnnotationLayerNS::VariantToText;
+using AnnotationLayerNS::VariantTypeName;
+
+namespace {
+
+struct Encoded {
+  std::string type;
+  std::string text;
+};
+
+Encoded Encode(const QVariant& value) {
+  Encoded encoded;
+  EXPECT_TRUE(VariantToText(value, encoded.type, encoded.text));
+  return encoded;
+}
+
+QVariant RoundTrip(const QVariant& value) {
+  const Encoded encoded = Encode(value);
+  return VariantFromText(encoded.type, encoded.text);
+}
+
+template <typename T>
+void ExpectIntegerRoundTrip(const char* typeName) {
+  for (T value : {std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), T(0), T(1)}) {
+    const QVariant original = QVariant::fromValue<T>(value);
+    EXPECT_EQ(typeName, VariantTypeName(original));
+    const QVariant back = RoundTrip(original);
+    EXPECT_EQ(original.userType(), back.userType()) << typeName;
+    EXPECT_EQ(value, back.value<T>()) << typeName;
+  }
+}
+
+uint64_t Bits(double d) {
+  uint64_t bits = 0;
+  std::memcpy(&bits, &d, sizeof bits);
+  return bits;
+}
+
+uint32_t Bits(float f) {
+  uint32_t bits = 0;
+  std::memcpy(&bits, &f, sizeof bits);
+  return bits;
+}
+
+}  // namespace
+
+TEST(VariantTextCodecTest, IntegersRoundTripAtTheirLimits) {
+  ExpectIntegerRoundTrip<char>("char");
+  ExpectIntegerRoundTrip<unsigned char>("unsigned_char");
+  ExpectIntegerRoundTrip<short>("short");
+  ExpectIntegerRoundTrip<unsigned short>("unsigned_short");
+  ExpectIntegerRoundTrip<int>("int");
+  ExpectIntegerRoundTrip<unsigned int>("unsigned_int");
+  ExpectIntegerRoundTrip<qlonglong>("int64");
+  ExpectIntegerRoundTrip<qulonglong>("uint64");
+}
+
+TEST(VariantTextCodecTest, TextsOfSimpleValues) {
+  Encoded e = Encode(QVariant(-5));
+  EXPECT_EQ("int", e.type);
+  EXPECT_EQ("-5", e.text);
+  e = Encode(QVariant::fromValue<qulonglong>(18446744073709551615ULL));
+  EXPECT_EQ("uint64", e.type);
+  EXPECT_EQ("18446744073709551615", e.text);
+  e = Encode(QVariant(true));
+  EXPECT_EQ("bool", e.type);
+  EXPECT_EQ("true", e.text);
+  EXPECT_EQ(QVariant(false), RoundTrip(QVariant(false)));
+  EXPECT_EQ(QVariant(true), VariantFromText("bool", "1"));
+  EXPECT_EQ(QVariant(false), VariantFromText("bool", "0"));
+  e = Encode(QVariant(0.1));
+  EXPECT_EQ("double", e.type);
+  EXPECT_EQ("0.1", e.text) << "the shortest exact form";
+  e = Encode(QVariant::fromValue(QChar(0x4E2D)));
+  EXPECT_EQ("wchar", e.type);
+  EXPECT_EQ("20013", e.text);
+  EXPECT_EQ(QChar(0x4E2D), RoundTrip(QVariant::fromValue(QChar(0x4E2D))).value<QChar>());
+  EXPECT_EQ(QChar(0xFFFF), RoundTrip(QVariant::fromValue(QChar(0xFFFF))).value<QChar>());
+}
+
+TEST(VariantTextCodecTest, DoublesRoundTripBitForBit) {
+  const double values[] = {0.1,
+                           -0.0,
+                           0.0,
+                           1e-310,
+                           std::numeric_limits<double>::denorm_min(),
+                           -std::numeric_limits<double>::denorm_min(),
+                           std::numeric_limits<double>::min(),
+                           std::numeric_limits<double>::max(),
+                           std::numeric_limits<double>::lowest(),
+                           1.0 / 3.0,
+                           9007199254740993.0,
+                           123456789.123456789,
+                           std::numeric_limits<double>::infinity(),
+                           -std::numeric_limits<double>::infinity()};
+  for (double value : values) {
+    const QVariant back = RoundTrip(QVariant(value));
+    ASSERT_EQ(QMetaType::Double, back.userType()) << value;
+    EXPECT_EQ(Bits(value), Bits(back.toDouble())) << Encode(QVariant(value)).text;
+  }
+  EXPECT_EQ("-0", Encode(QVariant(-0.0)).text);
+  EXPECT_EQ("inf", Encode(QVariant(std::numeric_limits<double>::infinity())).text);
+
+  const QVariant nan = RoundTrip(QVariant(std::nan("")));
+  EXPECT_TRUE(std::isnan(nan.toDouble()));
+  EXPECT_FALSE(std::signbit(nan.toDouble()));
+  const QVariant negativeNan = RoundTrip(QVariant(-std::nan("")));
+  EXPECT_TRUE(std::isnan(negativeNan.toDouble()));
+  EXPECT_TRUE(std::signbit(negativeNan.toDouble()));
+}
+
+TEST(VariantTextCodecTest, FloatsRoundTripBitForBit) {
+  const float values[] = {0.1f,
+                          -0.0f,
+                          std::numeric_limits<float>::denorm_min(),
+                          std::numeric_limits<float>::min(),
+                          std::numeric_limits<float>::max(),
+                          std::numeric_limits<float>::lowest(),
+                          16777217.0f,
+                          -std::numeric_limits<float>::infinity()};
+  for (float value : values) {
+    const QVariant original = QVariant::fromValue(value);
+    EXPECT_EQ("float", VariantTypeName(original));
+    const QVariant back = RoundTrip(original);
+    ASSERT_EQ(QMetaType::Float, back.userType());
+    EXPECT_EQ(Bits(value), Bits(back.value<float>())) << Encode(original).text;
+  }
+  EXPECT_EQ("0.1", Encode(QVariant::fromValue(0.1f)).text);
+}
+
+TEST(VariantTextCodecTest, StringsKeepEveryByte) {
+  const QByteArray bytes("a\0\xff\xD6\xD0,:;\"\\", 10);
+  const Encoded e = Encode(QVariant(bytes));
+  EXPECT_EQ("string", e.type);
+  EXPECT_EQ(std::string(bytes.constData(), 10), e.text);
+  EXPECT_EQ(bytes, RoundTrip(QVariant(bytes)).toByteArray());
+
+  // U+4E2D, an emoji outside the BMP (a surrogate pair) and ASCII.
+  const QString text = QString::fromUtf8("\xE4\xB8\xAD \xF0\x9F\x98\x80 x");
+  const Encoded w = Encode(QVariant(text));
+  EXPECT_EQ("wstring", w.type);
+  EXPECT_EQ(std::string("\xD6\xD0", 2), w.text.substr(0, 2)) << "GB18030 bytes";
+  const QVariant back = VariantFromText(w.type, w.text);
+  EXPECT_EQ(QMetaType::QString, back.userType());
+  EXPECT_EQ(text, back.toString());
+  EXPECT_EQ(QString(), RoundTrip(QVariant(QString(""))).toString());
+}
+
+TEST(VariantTextCodecTest, ListsUseNetstrings) {
+  QByteArrayList list;
+  list << QByteArray("a,b") << QByteArray() << QByteArray("x");
+  const Encoded e = Encode(QVariant::fromValue(list));
+  EXPECT_EQ("string_list", e.type);
+  EXPECT_EQ("3:a,b,0:,1:x,", e.text);
+  EXPECT_EQ(list, VariantFromText(e.type, e.text).value<QByteArrayList>());
+
+  EXPECT_EQ("", Encode(QVariant::fromValue(QByteArrayList())).text);
+  const QVariant empty = VariantFromText("string_list", "");
+  EXPECT_EQ(QMetaType::QByteArrayList, empty.userType());
+  EXPECT_TRUE(empty.value<QByteArrayList>().isEmpty());
+  const QByteArrayList oneEmpty{QByteArray()};
+  EXPECT_EQ("0:,", Encode(QVariant::fromValue(oneEmpty)).text);
+  EXPECT_EQ(1, VariantFromText("string_list", "0:,").value<QByteArrayList>().size());
+
+  const QByteArrayList tricky{QByteArray("12:", 3), QByteArray(",,", 2), QByteArray("\0:\0", 3),
+                              QByteArray(1000, ';')};
+  EXPECT_EQ(tricky, RoundTrip(QVariant::fromValue(tricky)).value<QByteArrayList>());
+
+  const QStringList strings{QString::fromUtf8("\xE4\xB8\xAD,\xE6\x96\x87"), QString(), "\"q\"",
+                            "3:x,"};
+  const Encoded w = Encode(QVariant(strings));
+  EXPECT_EQ("wstring_list", w.type);
+  EXPECT_EQ(std::string("5:\xD6\xD0,\xCE\xC4,0:,3:\"q\",4:3:x,,"), w.text);
+  EXPECT_EQ(strings, VariantFromText(w.type, w.text).toStringList());
+}
+
+TEST(VariantTextCodecTest, InvalidAndUnsupportedValues) {
+  Encoded e;
+  EXPECT_TRUE(VariantToText(QVariant(), e.type, e.text));
+  EXPECT_EQ("unknown", e.type);
+  EXPECT_EQ("", e.text);
+  CZuLogCapture capture;
+  EXPECT_FALSE(VariantFromText("unknown", "").isValid());
+  EXPECT_EQ(0u, capture.Lines().size());
+
+  e.type = "x";
+  e.text = "y";
+  EXPECT_FALSE(VariantToText(QVariant(QDate(2024, 1, 2)), e.type, e.text));
+  EXPECT_EQ("unknown", e.type);
+  EXPECT_EQ("", e.text);
+  EXPECT_EQ(1, capture.Count("[VariantToText] unsupported value type QDate"));
+  EXPECT_EQ("unknown", VariantTypeName(QVariant(QDate(2024, 1, 2))));
+}
+
+TEST(VariantTextCodecTest, UnknownNamesAndUnreadableTextsWarnOnce) {
+  const std::vector<std::pair<std::string, std::string>> bad = {
+      {"integer", "1"},
+      {"Int", "1"},
+      {"", ""},
+      {"unknown", "x"},
+      {"int", ""},
+      {"int", "12x"},
+      {"int", " 1"},
+      {"int", "+1"},
+      {"int", "2147483648"},
+      {"int", "1.0"},
+      {"unsigned_int", "-1"},
+      {"unsigned_char", "256"},
+      {"char", "128"},
+      {"short", "-32769"},
+      {"uint64", "18446744073709551616"},
+      {"bool", "yes"},
+      {"bool", "TRUE"},
+      {"double", "1e999"},
+      {"double", "1,5"},
+      {"double", "0x1p3"},
+      {"double", ""},
+      {"float", "1e39"},
+      {"wchar", "65536"},
+      {"wchar", "a"},
+      {"string_list", "3:ab,"},
+      {"string_list", "2:ab"},
+      {"string_list", "2:abc"},
+      {"string_list", ":,"},
+      {"string_list", "x:ab,"},
+      {"string_list", "-1:,"},
+      {"string_list", "99999999999999999999999:a,"},
+      {"string_list", "18446744073709551615:a,"},
+      {"wstring_list", "1:a,2"},
+  };
+  for (const auto& [type, text] : bad) {
+    CZuLogCapture capture;
+    EXPECT_FALSE(VariantFromText(type, text).isValid()) << type << " '" << text << "'";
+    EXPECT_EQ(1u, capture.Lines().size()) << type << " '" << text << "'";
+    EXPECT_EQ(1, capture.Count("[VariantFromText]")) << type << " '" << text << "'";
+  }
+  CZuLogCapture capture;
+  VariantFromText("integer", "1");
+  EXPECT_TRUE(capture.Contains("[VariantFromText] unknown type name 'integer'"));
+  VariantFromText("int", std::string(1000, '7'));
+  EXPECT_TRUE(capture.Contains("[VariantFromText] unreadable int value '" + std::string(64, '7') +
+                               "...'"));
+}
