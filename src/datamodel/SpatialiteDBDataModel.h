@@ -173,6 +173,12 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   bool InsertFeatureWithData(CFeatureOption& option, std::vector<int64_t>& statusIds,
                              IAnnotationFeature* feature);
 
+  // --- Styles and enclosures ---
+
+  // --- Geometry ---
+
+  // --- Fields and user data ---
+
   // --- Keeping the node cache calculator current ---
   void NotifyFolderChanged(const CFolderOption& option);
   void NotifyLayerChanged(const CLayerOption& option);
