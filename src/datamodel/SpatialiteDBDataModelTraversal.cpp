@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "FeatureOption.h"
 #include "FolderOption.h"
@@ -26,9 +27,6 @@ constexpr E_HANDLE_TYPE kContinue = IAnnotationDBObjectVisitor::HANDLE_TYPE_CONT
 constexpr E_HANDLE_TYPE kSkip = IAnnotationDBObjectVisitor::HANDLE_TYPE_SKIP_CHILDREN;
 constexpr E_HANDLE_TYPE kStop = IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP;
 
-// Guards walks over corrupted (cyclic) sibling lists and parent chains.
-constexpr int kMaxSiblings = 10000000;
-constexpr int kMaxDepth = 100000;
 
 const char* NodeTable(E_NODE_KIND kind) {
   switch (kind) {
@@ -95,8 +93,13 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelFolderList(IAnnotationDBObjectVisito
                       tag);
   if (!right.IsValid()) return kStop;
   E_HANDLE_TYPE result = kContinue;
+  std::unordered_set<std::string> seen;
   std::string current = first;
-  for (int step = 0; step < kMaxSiblings && !current.empty(); ++step) {
+  while (!current.empty()) {
+    if (!seen.insert(current).second) {
+      ZuLogError(-1) << tag << "the sibling list of " << first << " runs in a cycle";
+      break;
+    }
     result = VisitFolder(visitor, current, path);
     if (result == kStop || visitor->IsAborted()) return kStop;
     right.BindText(1, current, false);
@@ -119,8 +122,13 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelCompositeList(IAnnotationDBObjectVis
                        tag);
   if (!shapes.IsValid() || !layers.IsValid()) return kStop;
   E_HANDLE_TYPE result = kContinue;
+  std::unordered_set<std::string> seen;
   std::string current = first;
-  for (int step = 0; step < kMaxSiblings && !current.empty(); ++step) {
+  while (!current.empty()) {
+    if (!seen.insert(current).second) {
+      ZuLogError(-1) << tag << "the sibling list of " << first << " runs in a cycle";
+      break;
+    }
     result = isLayer ? VisitLayer(visitor, current, path) : VisitFeature(visitor, current, path);
     if (result == kStop || visitor->IsAborted()) return kStop;
     CSqlStatement& stmt = isLayer ? layers : shapes;
@@ -179,9 +187,22 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelLayerForChildren(IAnnotationDBObject
   return TravelCompositeList(visitor, first, isLayer, path, "[TravelLayerForChildren]:");
 }
 
+namespace {
+
+// A node that is its own ancestor exists only in a corrupted database; descending into it again
+// would never end.
+bool IsOnPath(const std::list<std::string>& path, const std::string& uuid) {
+  if (std::find(path.begin(), path.end(), uuid) == path.end()) return false;
+  ZuLogError(-1) << "[Travel]:" << uuid << " is its own ancestor";
+  return true;
+}
+
+}  // namespace
+
 E_HANDLE_TYPE CSpatialiteDBDataModel::VisitFolder(IAnnotationDBObjectVisitor* visitor,
                                                   const std::string& uuid,
                                                   std::list<std::string>& path) {
+  if (IsOnPath(path, uuid)) return kSkip;
   const E_HANDLE_TYPE answer = visitor->ApplyFolder(this, path, uuid, QueryFolderOption(uuid));
   if (answer != kContinue) return answer;
   path.push_back(uuid);
@@ -197,6 +218,7 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::VisitFolder(IAnnotationDBObjectVisitor* vi
 E_HANDLE_TYPE CSpatialiteDBDataModel::VisitLayer(IAnnotationDBObjectVisitor* visitor,
                                                  const std::string& uuid,
                                                  std::list<std::string>& path) {
+  if (IsOnPath(path, uuid)) return kSkip;
   const E_HANDLE_TYPE answer = visitor->ApplyLayer(this, path, uuid, QueryLayerOption(uuid));
   if (answer != kContinue) return answer;
   path.push_back(uuid);
@@ -444,8 +466,9 @@ bool CSpatialiteDBDataModel::QueryParentUUIDList(std::list<std::string>& ancesto
   CSqlStatement ofFolder(db_, "SELECT puuid FROM folder WHERE uuid = ?", "[QueryParentUUIDList]:");
   if (!ofFeature.IsValid() || !ofLayer.IsValid() || !ofFolder.IsValid()) return false;
 
+  std::unordered_set<std::string> seen{uuid};
   std::string current = uuid;
-  for (int depth = 0; depth < kMaxDepth; ++depth) {
+  for (;;) {
     std::string parent;
     E_NODE_KIND parentKind = NODE_KIND_NONE;
     if (kind == NODE_KIND_FEATURE) {
@@ -468,13 +491,15 @@ bool CSpatialiteDBDataModel::QueryParentUUIDList(std::list<std::string>& ancesto
       parentKind = NODE_KIND_FOLDER;
     }
     if (parent.empty()) return true;
+    if (!seen.insert(parent).second) {
+      ZuLogError(-1) << "[QueryParentUUIDList]:" << "the ancestors of " << uuid << " form a cycle";
+      ancestors.clear();
+      return false;
+    }
     ancestors.push_front(parent);
     current = parent;
     kind = parentKind;
   }
-  ZuLogError(-1) << "[QueryParentUUIDList]:" << "the ancestors of " << uuid << " form a cycle";
-  ancestors.clear();
-  return false;
 }
 
 bool CSpatialiteDBDataModel::QueryAncestorUUIDs(const std::string& uuid,
@@ -489,42 +514,44 @@ int CSpatialiteDBDataModel::GetNodeDepth(const std::string& uuid) {
 }
 
 bool CSpatialiteDBDataModel::IsNodeVisible(const std::string& uuid) {
-  return QueryNodeAttribute(uuid).IsVisible();
-}
-
-// A node's own attribute: visibility from its check state (folders and layers must be fully
-// checked, features checked) and, for layers, the levels that QueryLayerAttribute_Exist reads.
-CNodeAttribute CSpatialiteDBDataModel::QueryNodeAttribute(const std::string& uuid) {
-  CNodeAttribute attribute;
-  attribute.SetVisible(false);
-  if (db_ == nullptr) return attribute;
+  if (db_ == nullptr) return false;
+  std::string text;
   switch (QueryNodeKind(uuid)) {
     case NODE_KIND_FOLDER: {
+      if (!QueryTableIndexes("folder", uuid, text)) return false;
       CFolderOption indexes(uuid);
-      std::string text;
-      if (!QueryTableIndexes("folder", uuid, text)) break;
       indexes.SetIndexArrayString(text);
       const int status = QueryFolderAttribute(indexes.GetIndexStatus());
-      attribute.SetVisible(status >= 0 && AnnotationLayerInner::CheckStateOfStatus(status) == 2);
-      break;
+      return status >= 0 && AnnotationLayerInner::CheckStateOfStatus(status) == 2;
     }
     case NODE_KIND_LAYER: {
-      std::string text;
-      if (!QueryLayerAttribute_Exist(uuid, attribute, text)) break;
+      if (!QueryTableIndexes("layer", uuid, text)) return false;
       CLayerOption indexes(uuid);
       indexes.SetIndexArrayString(text);
       const int status = QueryLayerAttribute_Status(indexes.GetIndexStatus());
-      attribute.SetVisible(status >= 0 && AnnotationLayerInner::CheckStateOfStatus(status) == 2);
-      break;
+      return status >= 0 && AnnotationLayerInner::CheckStateOfStatus(status) == 2;
     }
-    case NODE_KIND_FEATURE: {
-      const CFeatureOption option = QueryFeatureOption(uuid);
-      attribute.SetVisible(option.IsNodeChecked());
-      break;
-    }
+    case NODE_KIND_FEATURE:
+      return QueryFeatureOption(uuid).IsNodeChecked();
     default:
-      break;
+      return false;
   }
+}
+
+// A node's own attribute: visible when its check state says so (folders and layers fully checked,
+// features checked). A layer's levels come from QueryLayerAttribute_Exist, whose statement reads
+// quoted column names and so yields 0 for every level; kept as it is.
+CNodeAttribute CSpatialiteDBDataModel::QueryNodeAttribute(const std::string& uuid) {
+  CNodeAttribute attribute;
+  if (db_ == nullptr) {
+    attribute.SetVisible(false);
+    return attribute;
+  }
+  if (QueryNodeKind(uuid) == NODE_KIND_LAYER) {
+    std::string ignoredIndexText;
+    QueryLayerAttribute_Exist(uuid, attribute, ignoredIndexText);
+  }
+  attribute.SetVisible(IsNodeVisible(uuid));
   return attribute;
 }
 

@@ -8,6 +8,8 @@
 // value; callers rely on that precedence as it is.
 #include <sqlite3.h>
 
+#include <unordered_set>
+
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
@@ -19,9 +21,6 @@ using AnnotationLayerInner::ExecSql;
 
 namespace {
 
-// A well-formed list ends in ''. A list corrupted into a cycle would make a walk spin for ever;
-// no real parent has this many children.
-constexpr int kMaxWalkSteps = 10000000;
 
 const char* OrderTable(E_NODE_KIND kind) {
   switch (kind) {
@@ -139,17 +138,21 @@ std::string CSpatialiteDBDataModel::WalkFolderList(const std::string& start,
                                                    const std::string& tag) {
   CSqlStatement stmt(db_, sql, tag);
   if (!stmt.IsValid()) return start;
+  // A well-formed list ends in ''; one corrupted into a cycle is cut where it comes back.
+  std::unordered_set<std::string> seen{start};
   std::string current = start;
-  for (int step = 0; step < kMaxWalkSteps; ++step) {
+  for (;;) {
     stmt.BindText(1, current, false);
     std::string next;
     if (stmt.StepRow()) next = stmt.ColumnText(0, false);
     if (next.empty()) return current;
+    if (!seen.insert(next).second) {
+      ZuLogError(-1) << tag << "the sibling list of " << start << " runs in a cycle";
+      return current;
+    }
     current = next;
     stmt.Reset();
   }
-  ZuLogError(-1) << tag << "sibling list from " << start << " does not end";
-  return current;
 }
 
 std::string CSpatialiteDBDataModel::QueryLeftFirstComposite(const std::string& start,
@@ -174,8 +177,9 @@ std::string CSpatialiteDBDataModel::WalkCompositeList(const std::string& start, 
                                 " uuid = ?",
                        tag);
   if (!layers.IsValid() || !shapes.IsValid()) return start;
+  std::unordered_set<std::string> seen{start};
   std::string current = start;
-  for (int step = 0; step < kMaxWalkSteps; ++step) {
+  for (;;) {
     CSqlStatement& stmt = isLayer ? layers : shapes;
     stmt.BindText(1, current, false);
     std::string shapeNeighbour, layerNeighbour;
@@ -185,18 +189,16 @@ std::string CSpatialiteDBDataModel::WalkCompositeList(const std::string& start, 
     }
     layers.Reset();
     shapes.Reset();
-    if (!layerNeighbour.empty()) {
-      current = layerNeighbour;
-      isLayer = true;
-    } else if (!shapeNeighbour.empty()) {
-      current = shapeNeighbour;
-      isLayer = false;
-    } else {
+    const bool nextIsLayer = !layerNeighbour.empty();
+    const std::string& next = nextIsLayer ? layerNeighbour : shapeNeighbour;
+    if (next.empty()) return current;
+    if (!seen.insert(next).second) {
+      ZuLogError(-1) << tag << "the sibling list of " << start << " runs in a cycle";
       return current;
     }
+    current = next;
+    isLayer = nextIsLayer;
   }
-  ZuLogError(-1) << tag << "sibling list from " << start << " does not end";
-  return current;
 }
 
 bool CSpatialiteDBDataModel::InsertFolderOrder(const std::string& uuid,

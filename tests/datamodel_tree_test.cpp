@@ -1,0 +1,498 @@
+// The annotation tree through CSpatialiteDBDataModel: sibling order, insertion and deletion,
+// walks, extent queries, counts, and reading and writing option records.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <map>
+
+#include "FeatureOption.h"
+#include "FolderOption.h"
+#include "GeometryData.h"
+#include "LayerOption.h"
+#include "SpatialiteDBDataModel.h"
+#include "SqlStatement.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "TreeBuilder.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::ExecSql;
+using AnnotationLayerInner::Utf8ToLocal;
+using E_HANDLE_TYPE = IAnnotationDBObjectVisitor::E_HANDLE_TYPE;
+
+namespace {
+
+class TreeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_.Install(db_.Path()));
+    root_ = db_.RootUUID();
+  }
+  std::string Scalar(const std::string& sql) {
+    CSqlStatement stmt(model_.GetConnection(), sql, "");
+    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<none>");
+  }
+  bool Exec(const std::string& sql) { return ExecSql(model_.GetConnection(), sql, "[test]:"); }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+  CTreeBuilder tree_{&model_};
+  std::string root_;
+};
+
+// Records every node a walk hands over as "kind:name" and answers from a script keyed by name.
+class RecordingVisitor : public IAnnotationDBObjectVisitor {
+ public:
+  std::vector<std::string> seen;
+  std::vector<size_t> depths;
+  std::map<std::string, E_HANDLE_TYPE> answers;
+
+  E_HANDLE_TYPE ApplyFolder(IAnnotationDBDataModel*, const std::list<std::string>& path,
+                            const std::string&, const CFolderOption& option) override {
+    return Record("F:" + option.GetName(), path);
+  }
+  E_HANDLE_TYPE ApplyLayer(IAnnotationDBDataModel*, const std::list<std::string>& path,
+                           const std::string&, const CLayerOption& option) override {
+    return Record("L:" + option.GetName(), path);
+  }
+  E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>& path,
+                             const std::string&, const CFeatureOption& option) override {
+    return Record("S:" + option.GetName(), path);
+  }
+
+ private:
+  E_HANDLE_TYPE Record(const std::string& what, const std::list<std::string>& path) {
+    seen.push_back(what);
+    depths.push_back(path.size());
+    auto it = answers.find(what);
+    return it == answers.end() ? HANDLE_TYPE_CONTINUE : it->second;
+  }
+};
+
+}  // namespace
+
+TEST_F(TreeTest, InsertFolderFillsUuidOrderAndStatusRows) {
+  CFolderOption option;
+  option.SetParentUUID(root_);
+  option.SetName(Utf8ToLocal("注记"));
+  option.SetType(FOLDER_TYPE_NORMAL);
+  option.ChangeMask(5);
+  option.SetOrderNum(3);
+  ASSERT_TRUE(model_.InsertFolder(option));
+  const std::string uuid = option.GetUUID();
+  ASSERT_EQ(32u, uuid.size());
+  EXPECT_EQ(0, option.GetResult());
+  const std::string statusId = Scalar("SELECT id FROM folder_status WHERE puuid = '" + uuid + "'");
+  EXPECT_EQ("s:" + statusId, option.GetIndexArrayString());
+  EXPECT_EQ("s:" + statusId, Scalar("SELECT index_id FROM folder WHERE uuid = '" + uuid + "'"));
+  EXPECT_EQ("5", Scalar("SELECT value FROM folder_status WHERE id = " + statusId));
+  EXPECT_EQ("3", Scalar("SELECT order_num FROM folder_order WHERE uuid = '" + uuid + "'"));
+  // The name is stored as UTF-8 and read back in the local code page.
+  EXPECT_EQ("\xe6\xb3\xa8\xe8\xae\xb0", Scalar("SELECT name FROM folder WHERE uuid = '" + uuid + "'"));
+  const CFolderOption read = model_.QueryFolderOption(uuid);
+  EXPECT_EQ(Utf8ToLocal("注记"), read.GetName());
+  EXPECT_EQ(root_, read.GetParentUUID());
+  EXPECT_EQ(5, read.GetStatusMask());
+  EXPECT_EQ(3, read.GetOrderNum());
+  EXPECT_EQ(0, read.GetChangeMask());
+}
+
+TEST_F(TreeTest, FailedNodeRowKeepsOrderAndStatusRows) {
+  CFolderOption first;
+  first.SetParentUUID(root_);
+  ASSERT_TRUE(model_.InsertFolder(first));
+  // A second folder with the same uuid: its order row and node row collide, its status row not.
+  CFolderOption twin(first.GetUUID());
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.InsertFolder(twin));
+  EXPECT_EQ(-1, twin.GetResult());
+  EXPECT_EQ(1, capture.Count("[InsertFolderOrder] Failed " + first.GetUUID()));
+  EXPECT_EQ(1, capture.Count("[InsertFolder]:" + first.GetUUID() + " "));
+  EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM folder_status WHERE puuid = '" + first.GetUUID() +
+                        "'"));
+}
+
+TEST_F(TreeTest, OrderFailureIsMarkedButTheInsertGoesOn) {
+  ASSERT_TRUE(Exec("INSERT INTO folder_order(uuid) VALUES('taken')"));
+  CFolderOption option("taken");
+  option.SetParentUUID(root_);
+  CZuLogCapture capture;
+  EXPECT_TRUE(model_.InsertFolder(option));
+  EXPECT_EQ(2, option.GetResult());
+  EXPECT_EQ(1, capture.Count("[InsertFolderOrder]:"));
+  EXPECT_EQ(1, capture.Count("[InsertFolderOrder] Failed taken"));
+}
+
+TEST_F(TreeTest, LayerInsertWritesBothStatusRowsAndParentColumn) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  CLayerOption option;
+  option.SetParentUUID(folder, false);
+  option.SetName("roads");
+  option.SetType(LAYER_TYPE_GIS_LINE);
+  option.SetChildNodeMaxCount(500);
+  option.SetLevel(3, 18);
+  option.SetNameLevel(5, 17);
+  option.SetWkt("POLYGON((0 0,1 0,1 1,0 0))");
+  option.SetPropertyHeader("name,,7;");
+  ASSERT_TRUE(model_.InsertLayer(option));
+  EXPECT_EQ(2u, option.GetIndexStatus().size());
+  const CLayerOption read = model_.QueryLayerOption(option.GetUUID());
+  EXPECT_EQ(folder, read.GetParentUUID());
+  EXPECT_FALSE(read.IsLayerParent());
+  EXPECT_EQ(LAYER_TYPE_GIS_LINE, read.GetType());
+  EXPECT_EQ(500, read.GetChildNodeMaxCount());
+  EXPECT_EQ(3, read.GetMinLevel());
+  EXPECT_EQ(18, read.GetMaxLevel());
+  EXPECT_EQ(5, read.GetMinNameLevel());
+  EXPECT_EQ(17, read.GetMaxNameLevel());
+  EXPECT_EQ("POLYGON((0 0,1 0,1 1,0 0))", read.GetWkt());
+  EXPECT_EQ("name,,7;", read.GetPropertyHeader());
+  EXPECT_EQ("", Scalar("SELECT layer_puuid FROM layer WHERE uuid = '" + option.GetUUID() + "'"));
+}
+
+TEST_F(TreeTest, LastChildAndWalksOnASiblingList) {
+  const std::string p = tree_.AddFolder(root_, "P");
+  EXPECT_EQ(p, model_.GetLastFolderChildUUID(root_));
+  const std::string q = tree_.AddFolder(root_, "Q");
+  const std::string r = tree_.AddFolder(root_, "R");
+  EXPECT_EQ(r, model_.GetLastFolderChildUUID(root_));
+  EXPECT_EQ("", model_.GetLastFolderChildUUID(r));
+  EXPECT_EQ(2, model_.QueryOrderNum(NODE_KIND_FOLDER, r));
+  EXPECT_EQ(-1, model_.QueryOrderNum(NODE_KIND_FOLDER, "missing"));
+  bool isLayer = true;
+  EXPECT_EQ(q, model_.QueryChildByOrder(root_, 1, isLayer));
+  EXPECT_FALSE(isLayer);
+  EXPECT_EQ("", model_.QueryChildByOrder(root_, 3, isLayer));
+  EXPECT_EQ(3, model_.CountChildren(root_, NODE_KIND_FOLDER));
+}
+
+TEST_F(TreeTest, DeletingTheMiddleFolderLinksItsNeighbours) {
+  const std::string p = tree_.AddFolder(root_, "P");
+  const std::string q = tree_.AddFolder(root_, "Q");
+  const std::string r = tree_.AddFolder(root_, "R");
+  const std::string child = tree_.AddFolder(q, "Q1");
+  const std::string layer = tree_.AddLayer(child, "Q1L");
+  const std::string feature = tree_.AddFeature(layer, "Q1LS");
+  ASSERT_FALSE(feature.empty());
+  ASSERT_TRUE(model_.DeleteFolder(q));
+
+  const CFolderOption left = model_.QueryFolderOption(p);
+  const CFolderOption right = model_.QueryFolderOption(r);
+  EXPECT_EQ(r, left.GetRightUUID());
+  EXPECT_EQ(p, right.GetLeftUUID());
+  EXPECT_EQ(0, left.GetOrderNum());
+  EXPECT_EQ(2, right.GetOrderNum());
+  // The whole subtree is gone, satellites and order rows included.
+  for (const std::string& uuid : {q, child}) {
+    EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM folder WHERE uuid = '" + uuid + "'"));
+    EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM folder_status WHERE puuid = '" + uuid + "'"));
+    EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM folder_order WHERE uuid = '" + uuid + "'"));
+  }
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM layer"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM layer_status"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM layer_order"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape_status"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape_order"));
+  EXPECT_FALSE(model_.IsInTransaction());
+  EXPECT_FALSE(model_.DeleteFolder(q));  // already gone
+}
+
+TEST_F(TreeTest, MixedChildrenOfALayer) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string parent = tree_.AddLayer(folder, "parent");
+  const std::string x = tree_.AddChildLayer(parent, "X");
+  const std::string f = tree_.AddFeature(parent, "F");
+  bool isLayer = true;
+  EXPECT_EQ(f, model_.GetLastChildUUID(parent, isLayer));
+  EXPECT_FALSE(isLayer);
+  EXPECT_EQ(x, model_.QueryFeatureOption(f).GetLeftUUID());
+  EXPECT_TRUE(model_.QueryFeatureOption(f).IsLeftLayer());
+  EXPECT_EQ(f, model_.QueryLayerOption(x).GetRightUUID());
+  EXPECT_FALSE(model_.QueryLayerOption(x).IsRightLayer());
+  EXPECT_TRUE(model_.IsLayerExistLayer(parent));
+  EXPECT_TRUE(model_.IsLayerExistFeature(parent));
+  EXPECT_FALSE(model_.IsLayerExistFeature(x));
+  EXPECT_EQ(2, model_.CountChildren(parent, NODE_KIND_LAYER));
+  EXPECT_EQ(f, model_.QueryChildByOrder(parent, 1, isLayer));
+  EXPECT_EQ(x, model_.QueryChildByOrder(parent, 0, isLayer));
+  EXPECT_TRUE(isLayer);
+}
+
+TEST_F(TreeTest, StaleLayerNeighbourWinsOverAFreshFeatureNeighbour) {
+  // Children [A feature, X layer, B feature]; unlinking X writes A's right_shape_uuid = B but
+  // leaves A's right_layer_uuid = X, which readers prefer.
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string parent = tree_.AddLayer(folder, "parent");
+  const std::string a = tree_.AddFeature(parent, "A");
+  const std::string x = tree_.AddChildLayer(parent, "X");
+  const std::string b = tree_.AddFeature(parent, "B");
+  ASSERT_TRUE(model_.DeleteLayer(x));
+  EXPECT_EQ(b, Scalar("SELECT right_shape_uuid FROM shape_order WHERE uuid = '" + a + "'"));
+  EXPECT_EQ(x, Scalar("SELECT right_layer_uuid FROM shape_order WHERE uuid = '" + a + "'"));
+  EXPECT_EQ(x, model_.QueryFeatureOption(a).GetRightUUID());
+  EXPECT_EQ(x, model_.QueryFeatureOption(b).GetLeftUUID());  // the same on the other side
+}
+
+TEST_F(TreeTest, DeleteFeatureRemovesItsRowsAndUnlinksIt) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l");
+  const std::string a = tree_.AddFeature(layer, "A");
+  const std::string b = tree_.AddFeature(layer, "B");
+  const std::string c = tree_.AddFeature(layer, "C");
+  ASSERT_TRUE(model_.DeleteFeature(b));
+  EXPECT_EQ(c, model_.QueryFeatureOption(a).GetRightUUID());
+  EXPECT_EQ(a, model_.QueryFeatureOption(c).GetLeftUUID());
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape WHERE uuid = '" + b + "'"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape_status WHERE puuid = '" + b + "'"));
+  EXPECT_EQ("0", Scalar("SELECT COUNT(*) FROM shape_order WHERE uuid = '" + b + "'"));
+  EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM shape_status"));
+  EXPECT_FALSE(model_.DeleteFeature("no-such-feature"));
+}
+
+TEST_F(TreeTest, TravelVisitsInSiblingOrderWithPaths) {
+  const std::string a = tree_.AddFolder(root_, "A");
+  const std::string b = tree_.AddFolder(root_, "B");
+  tree_.AddFolder(a, "A1");
+  const std::string layer = tree_.AddLayer(a, "AL");
+  tree_.AddFeature(layer, "AL1");
+  const std::string sub = tree_.AddChildLayer(layer, "ALsub");
+  tree_.AddFeature(sub, "ALsub1");
+  tree_.AddLayer(b, "BL");
+
+  RecordingVisitor visitor;
+  EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_CONTINUE, model_.Travel(&visitor));
+  const std::vector<std::string> expected = {"F:Root", "F:A",      "F:A1",     "L:AL", "S:AL1",
+                                             "L:ALsub", "S:ALsub1", "F:B",     "L:BL"};
+  EXPECT_EQ(expected, visitor.seen);
+  const std::vector<size_t> depths = {0, 1, 2, 2, 3, 3, 4, 1, 2};
+  EXPECT_EQ(depths, visitor.depths);
+}
+
+TEST_F(TreeTest, SkipHidesDescendantsAndStopEndsEverything) {
+  const std::string a = tree_.AddFolder(root_, "A");
+  tree_.AddFolder(a, "A1");
+  tree_.AddFolder(root_, "B");
+  const std::string b2 = tree_.AddFolder(root_, "C");
+  tree_.AddFolder(b2, "C1");
+
+  RecordingVisitor skip;
+  skip.answers["F:A"] = IAnnotationDBObjectVisitor::HANDLE_TYPE_SKIP_CHILDREN;
+  model_.Travel(&skip);
+  EXPECT_EQ((std::vector<std::string>{"F:Root", "F:A", "F:B", "F:C", "F:C1"}), skip.seen);
+
+  RecordingVisitor stop;
+  stop.answers["F:A1"] = IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP;
+  EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP, model_.Travel(&stop));
+  EXPECT_EQ((std::vector<std::string>{"F:Root", "F:A", "F:A1"}), stop.seen);
+}
+
+TEST_F(TreeTest, TravelLayerPagesOverlapByOne) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l");
+  for (int i = 0; i < 5; ++i) tree_.AddFeature(layer, "s" + std::to_string(i));
+  RecordingVisitor first;
+  ASSERT_TRUE(model_.TravelLayer(&first, layer, 0, 2));
+  EXPECT_EQ((std::vector<std::string>{"S:s0", "S:s1"}), first.seen);
+  EXPECT_EQ(3u, first.depths[0]);  // root, folder, layer
+  RecordingVisitor second;
+  ASSERT_TRUE(model_.TravelLayer(&second, layer, 2, 2));
+  EXPECT_EQ((std::vector<std::string>{"S:s1", "S:s2"}), second.seen);
+}
+
+TEST_F(TreeTest, ExtentQueriesGoThroughTheSpatialIndex) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l");
+  const std::string inside = tree_.AddFeature(layer, "inside");
+  const std::string crossing = tree_.AddFeature(layer, "crossing");
+  const std::string outside = tree_.AddFeature(layer, "outside");
+  ASSERT_TRUE(Exec("UPDATE shape SET geom = GeomFromText('POINT Z(5 5 1)', 4326) WHERE uuid = '" +
+                   inside + "'"));
+  ASSERT_TRUE(Exec("UPDATE shape SET geom = GeomFromText('LINESTRING Z(8 8 0, 12 12 0)', 4326) "
+                   "WHERE uuid = '" + crossing + "'"));
+  ASSERT_TRUE(Exec("UPDATE shape SET geom = GeomFromText('POINT Z(50 50 0)', 4326) WHERE "
+                   "uuid = '" + outside + "'"));
+  EXTENT view;
+  view.max_x = 10;
+  view.max_y = 10;
+  RecordingVisitor rect;
+  ASSERT_TRUE(model_.TravelViaExtent(&rect, view, -1));
+  EXPECT_EQ(std::vector<std::string>{"S:inside"}, rect.seen);
+  EXPECT_EQ(1, model_.CountExtentFeature(view));
+
+  CGeometryData ring;
+  ring.PushBack(CVector3D(0, 0, 0));
+  ring.PushBack(CVector3D(10, 0, 0));
+  ring.PushBack(CVector3D(10, 10, 0));
+  ring.PushBack(CVector3D(0, 10, 0));
+  RecordingVisitor polygon;
+  ASSERT_TRUE(model_.TravelViaExtent(&polygon, ring, -1));
+  EXPECT_EQ((std::vector<std::string>{"S:inside", "S:crossing"}), polygon.seen);
+  RecordingVisitor limited;
+  ASSERT_TRUE(model_.TravelViaExtent(&limited, ring, 1));
+  EXPECT_EQ(1u, limited.seen.size());
+}
+
+TEST_F(TreeTest, KindsTypesAncestorsAndSqlWalk) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l", LAYER_TYPE_GIS_POINT);
+  const std::string feature = tree_.AddFeature(layer, "s", ANNOTATION_TYPE_LABEL);
+  EXPECT_EQ(NODE_KIND_FOLDER, model_.QueryNodeKind(folder));
+  EXPECT_EQ(NODE_KIND_LAYER, model_.QueryNodeKind(layer));
+  EXPECT_EQ(NODE_KIND_FEATURE, model_.QueryNodeKind(feature));
+  EXPECT_EQ(NODE_KIND_NONE, model_.QueryNodeKind("nothing"));
+  EXPECT_TRUE(model_.IsFolderUUID(folder));
+  EXPECT_FALSE(model_.IsFolderUUID(layer));
+  EXPECT_TRUE(model_.IsFeatureUUID(feature));
+  EXPECT_TRUE(model_.IsExistNode(layer));
+  EXPECT_TRUE(model_.IsExistNode(feature, NODE_KIND_FEATURE));
+  EXPECT_FALSE(model_.IsExistNode(layer, NODE_KIND_FEATURE));
+  EXPECT_EQ(FOLDER_TYPE_NORMAL, model_.GetFolderType(folder));
+  EXPECT_EQ(LAYER_TYPE_GIS_POINT, model_.GetLayerType(layer));
+  EXPECT_EQ(ANNOTATION_TYPE_LABEL, model_.GetFeatureType(feature));
+  EXPECT_EQ(ANNOTATION_TYPE_UNKNOWN, model_.GetFeatureType(layer));
+
+  std::list<std::string> ancestors;
+  ASSERT_TRUE(model_.QueryAncestorUUIDs(feature, ancestors));
+  EXPECT_EQ((std::list<std::string>{root_, folder, layer}), ancestors);
+  EXPECT_EQ(3, model_.GetNodeDepth(feature));
+  EXPECT_EQ(0, model_.GetNodeDepth(root_));
+  EXPECT_EQ(-1, model_.GetNodeDepth("nothing"));
+
+  RecordingVisitor visitor;
+  ASSERT_TRUE(model_.TravelViaSQL(&visitor, NODE_KIND_LAYER, "type = 100"));
+  EXPECT_EQ(std::vector<std::string>{"L:l"}, visitor.seen);
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.TravelViaSQL(&visitor, NODE_KIND_LAYER, "no_such_column = 1"));
+  EXPECT_EQ(1, capture.Count("[TravelViaSQL]:"));
+  EXPECT_EQ(1, capture.Count(" Error:no such column"));
+}
+
+TEST_F(TreeTest, VisibilityFollowsTheCheckState) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l");
+  const std::string feature = tree_.AddFeature(layer, "s");
+  EXPECT_TRUE(model_.IsNodeVisible(folder));
+  EXPECT_TRUE(model_.IsNodeVisible(layer));
+  EXPECT_TRUE(model_.IsNodeVisible(feature));
+
+  CFolderOption f = model_.QueryFolderOption(folder);
+  f.SetNodeCheckState(1);  // partially checked
+  ASSERT_TRUE(model_.ModifyFolderOption(f));
+  EXPECT_EQ(0, f.GetChangeMask());
+  EXPECT_FALSE(model_.IsNodeVisible(folder));
+  CFeatureOption s = model_.QueryFeatureOption(feature);
+  s.SetNodeChecked(false);
+  ASSERT_TRUE(model_.ModifyFeatureOption(s));
+  EXPECT_FALSE(model_.IsNodeVisible(feature));
+  // A layer's own attribute reads its levels through quoted column names: they come back as 0.
+  const CNodeAttribute attribute = model_.QueryNodeAttribute(layer);
+  EXPECT_TRUE(attribute.IsVisible());
+  EXPECT_EQ(0, attribute.GetMinLevel());
+  EXPECT_EQ(0, attribute.GetMaxLevel());
+}
+
+TEST_F(TreeTest, QueryOptionEdgeCases) {
+  const CFolderOption unknown = model_.QueryFolderOption("unknown");
+  EXPECT_EQ("unknown", unknown.GetUUID());
+  EXPECT_EQ("", unknown.GetName());
+  EXPECT_EQ(-1, unknown.GetOrderNum());
+  EXPECT_EQ(FOLDER_TYPE_UNKNOWN, unknown.GetType());
+  // A layer row with both parent columns filled is a child of the layer column.
+  ASSERT_TRUE(Exec("INSERT INTO layer(uuid, folder_puuid, layer_puuid) VALUES('both', 'F', 'L')"));
+  const CLayerOption both = model_.QueryLayerOption("both");
+  EXPECT_EQ("L", both.GetParentUUID());
+  EXPECT_TRUE(both.IsLayerParent());
+  // GetTopRootUUID ignores a top-level row with an empty uuid.
+  ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('', '')"));
+  EXPECT_EQ(root_, model_.GetTopRootUUID());
+}
+
+TEST_F(TreeTest, ModifyLayerOptionWritesMarkedGroupsOnly) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string uuid = tree_.AddLayer(folder, "before");
+  CLayerOption option = model_.QueryLayerOption(uuid);
+  option.SetName("after");
+  option.SetLevel(2, 9);
+  option.SetChildNodeMaxCount(7);
+  option.SetWkt("POINT(1 1)");
+  CZuLogCapture capture;
+  ASSERT_TRUE(model_.ModifyLayerOption(option));
+  // The outline statement carries a comma before WHERE: it fails and keeps its bit.
+  EXPECT_EQ(1, capture.Count("[ModifyLayerWkt]:"));
+  EXPECT_EQ(CHANGE_MASK_WKT, option.GetChangeMask());
+  const CLayerOption read = model_.QueryLayerOption(uuid);
+  EXPECT_EQ("after", read.GetName());
+  EXPECT_EQ(2, read.GetMinLevel());
+  EXPECT_EQ(9, read.GetMaxLevel());
+  EXPECT_EQ(7, read.GetChildNodeMaxCount());
+  EXPECT_EQ("", read.GetWkt());
+  // Retrying the same record retries only the failed group.
+  capture.Clear();
+  ASSERT_TRUE(model_.ModifyLayerOption(option));
+  EXPECT_EQ(1u, capture.Lines().size());
+}
+
+TEST_F(TreeTest, StatusChangeWithoutIndexKeepsItsBit) {
+  CFolderOption option(tree_.AddFolder(root_, "f"));
+  option.ChangeMask(4);
+  CZuLogCapture capture;
+  EXPECT_TRUE(model_.ModifyFolderOption(option));
+  EXPECT_EQ(CHANGE_MASK_STATUS, option.GetChangeMask());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel::ModifyFolderStatus] " +
+                             Utf8ToLocal("index_id为空")));
+  CFeatureOption feature("x");
+  feature.ChangeMask(1);
+  EXPECT_TRUE(model_.ModifyFeatureOption(feature));
+  // Features log the folder's text.
+  EXPECT_EQ(2, capture.Count("[CSpatialiteDBDataModel::ModifyFolderStatus] "));
+  CLayerOption empty;
+  EXPECT_FALSE(model_.ModifyLayerOption(empty));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel::ModifyLayerOption]: " +
+                             Utf8ToLocal("UUID为空")));
+}
+
+TEST_F(TreeTest, CyclicListsEndWithALoggedError) {
+  const std::string p = tree_.AddFolder(root_, "P");
+  const std::string q = tree_.AddFolder(root_, "Q");
+  // Corrupt the list: Q points back to P on the right, P to Q on the left.
+  ASSERT_TRUE(Exec("UPDATE folder_order SET right_uuid = '" + p + "' WHERE uuid = '" + q + "'"));
+  ASSERT_TRUE(Exec("UPDATE folder_order SET left_uuid = '" + q + "' WHERE uuid = '" + p + "'"));
+  ASSERT_TRUE(Exec("UPDATE folder SET puuid = '" + p + "' WHERE uuid = '" + root_ + "'"));
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.GetLastFolderChildUUID(root_).empty());
+  EXPECT_GE(capture.Count("runs in a cycle"), 1);
+  RecordingVisitor visitor;
+  model_.TravelFolder(&visitor, root_);
+  EXPECT_LE(visitor.seen.size(), 10u);
+  std::list<std::string> ancestors;
+  EXPECT_FALSE(model_.QueryAncestorUUIDs(q, ancestors));
+  EXPECT_GE(capture.Count("[QueryParentUUIDList]:"), 1);
+}
+
+TEST(DataModelClosedTest, EveryOperationFailsAtOnceWithoutADatabase) {
+  CSpatialiteDBDataModel model;
+  RecordingVisitor visitor;
+  CFolderOption folder;
+  CLayerOption layer;
+  CFeatureOption feature;
+  bool isLayer = false;
+  std::list<std::string> list;
+  CZuLogCapture capture;
+  EXPECT_EQ("", model.GetTopRootUUID());
+  EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP, model.Travel(&visitor));
+  EXPECT_FALSE(model.TravelLayer(&visitor, "l", 0, 10));
+  EXPECT_FALSE(model.TravelViaExtent(&visitor, EXTENT(), 10));
+  EXPECT_FALSE(model.InsertFolder(folder));
+  EXPECT_FALSE(model.InsertLayer(layer));
+  EXPECT_FALSE(model.InsertFeature(feature, nullptr));
+  EXPECT_FALSE(model.DeleteFolder("x"));
+  EXPECT_EQ(-1, model.CountChildren("x", NODE_KIND_FOLDER));
+  EXPECT_EQ("", model.GetLastChildUUID("x", isLayer));
+  EXPECT_FALSE(model.QueryAncestorUUIDs("x", list));
+  EXPECT_EQ("", model.QueryFolderOption("x").GetUUID());
+  EXPECT_FALSE(model.IsNodeVisible("x"));
+  EXPECT_TRUE(capture.Lines().empty());
+}
