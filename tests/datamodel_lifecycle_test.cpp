@@ -136,7 +136,9 @@ TEST(DataModelBadInputTest, EveryBadFileFailsWithOneLineAndStaysUntouched) {
     EXPECT_EQ(nullptr, model.GetHandler());
     ASSERT_EQ(1u, capture.Lines().size()) << c.path;
     EXPECT_EQ(0u, capture.Lines()[0].find(c.tag)) << capture.Lines()[0];
-    if (!c.path.empty()) EXPECT_EQ(before, ReadFileBytes(c.path));
+    if (!c.path.empty()) {
+      EXPECT_EQ(before, ReadFileBytes(c.path));
+    }
   }
   EXPECT_FALSE(FileExists(dir.File("missing.db")));
 

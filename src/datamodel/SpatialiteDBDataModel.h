@@ -178,6 +178,20 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   // --- Geometry ---
 
   // --- Fields and user data ---
+ public:
+  struct FieldTable;
+
+ private:
+  const FieldTable* UserDataTable(const std::string& uuid);
+  // Fills `fields` with the node's rows of `table`, all unchanged.
+  bool ReadFieldRows(const FieldTable& table, const std::string& uuid, CZuFieldSetObject& fields);
+  // Writes the changed and removed fields and keeps the node's index array in step.
+  bool WriteFieldRows(const FieldTable& table, const std::string& uuid, CZuFieldSetObject& fields);
+  bool WriteFieldRowsAtomically(const FieldTable& table, const std::string& uuid,
+                                CZuFieldSetObject& fields);
+  // " 'index_id'=? WHERE uuid = '...'" on a node table.
+  bool UpdateIndexText(const char* nodeTable, const std::string& uuid,
+                       const std::string& indexText, const std::string& tag);
 
   // --- Keeping the node cache calculator current ---
   void NotifyFolderChanged(const CFolderOption& option);

@@ -7,24 +7,6 @@
 #include "FeatureOption.h"
 #include "ZuLog.h"
 
-bool CSpatialiteDBDataModel::QueryLayerHeaderList(const std::string&, CZuFieldSetObject&) {
-  return false;
-}
-bool CSpatialiteDBDataModel::QueryField(const std::string&, CZuFieldSetObject&) { return false; }
-bool CSpatialiteDBDataModel::QueryUserData(const std::string&, CZuFieldSetObject&) { return false; }
-bool CSpatialiteDBDataModel::ModifyLayerHeaderList(const std::string&, CZuFieldSetObject&) {
-  return false;
-}
-bool CSpatialiteDBDataModel::ModifyOrInsertField(const std::string&, CZuFieldSetObject&) {
-  return false;
-}
-bool CSpatialiteDBDataModel::ModifyOrInsertUserData(const std::string&, CZuFieldSetObject&) {
-  return false;
-}
-bool CSpatialiteDBDataModel::RemoveField(const std::string&, const std::string&) { return false; }
-bool CSpatialiteDBDataModel::RemoveUserData(const std::string&, const std::string&) {
-  return false;
-}
 bool CSpatialiteDBDataModel::InsertFeatureWithData(CFeatureOption& option,
                                                    std::vector<int64_t>&, IAnnotationFeature*) {
   ZuLogError(-1) << "[InsertFeature] WithData:" << "features with data are not supported yet";
