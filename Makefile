@@ -2,10 +2,11 @@
 # install the missing packages first.
 BUILD_DIR ?= build
 ASAN_DIR ?= build-asan
+TSAN_DIR ?= build-tsan
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build test test-plain test-asan demo install-check clean
+.PHONY: all deps configure build test test-plain test-asan test-tsan demo clean
 
 all: build
 
@@ -31,11 +32,19 @@ test-asan: deps $(ASAN_DIR)/CMakeCache.txt
 	cd $(ASAN_DIR) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 		ctest --output-on-failure -j $(JOBS)
 
-# The whole suite: the plain build, then the sanitizer build.
-test: test-plain test-asan
+$(TSAN_DIR)/CMakeCache.txt: | deps
+	cmake -S . -B $(TSAN_DIR) -DCMAKE_BUILD_TYPE=Debug -DANNOTATIONLAYER_TSAN=ON $(CMAKE_FLAGS)
+
+test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
+	cmake --build $(TSAN_DIR) -j $(JOBS)
+	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+		ctest --output-on-failure -j $(JOBS)
+
+# The whole suite: the plain build, then the AddressSanitizer+UBSan and ThreadSanitizer builds.
+test: test-plain test-asan test-tsan
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(TSAN_DIR)

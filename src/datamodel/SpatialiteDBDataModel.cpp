@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include "AnnotationDBObjectNotifier.h"
+#include "NodeCacheCalculator.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
 #include "TextConversion.h"
@@ -14,13 +15,13 @@ using AnnotationLayerInner::Utf8ToLocal;
 
 CSpatialiteDBDataModel::CSpatialiteDBDataModel()
     : objectId_(-1),
-      calculator_(nullptr),
       notifier_(new CAnnotationDBObjectNotifier),
       db_(nullptr),
       depth_(0) {}
 
 CSpatialiteDBDataModel::~CSpatialiteDBDataModel() {
-  // A model destroyed while installed still closes its file.
+  // A model destroyed while installed still stops its pass and closes its file.
+  calculator_.reset();
   if (handler_) handler_->Close();
 }
 
@@ -55,6 +56,10 @@ bool CSpatialiteDBDataModel::Install(const std::string& path) {
     }
     db_ = handler_->GetDB();
     if (db_ != nullptr) {
+      if (!calculator_) {
+        calculator_.reset(new CNodeCacheCalculator(this));
+        calculator_->Refresh();
+      }
       depth_ = 0;
       filePath_ = path;
       return true;
@@ -69,6 +74,8 @@ bool CSpatialiteDBDataModel::Install(const std::string& path) {
 bool CSpatialiteDBDataModel::IsInstalled() { return handler_ && db_ != nullptr; }
 
 bool CSpatialiteDBDataModel::Uninstall() {
+  // The calculator goes first: its pass reads through the connection that is closed below.
+  calculator_.reset();
   if (handler_) {
     handler_->Close();
     handler_.reset();
@@ -80,7 +87,7 @@ bool CSpatialiteDBDataModel::Uninstall() {
 
 std::string CSpatialiteDBDataModel::GetFilePath() { return filePath_; }
 
-CNodeCacheCalculator* CSpatialiteDBDataModel::GetNodeCacheCalculator() { return calculator_; }
+CNodeCacheCalculator* CSpatialiteDBDataModel::GetNodeCacheCalculator() { return calculator_.get(); }
 
 bool CSpatialiteDBDataModel::AddObserver(IAnnotationDBObjectObserver* observer) {
   return notifier_ ? notifier_->AddObserver(observer) : false;
@@ -136,10 +143,14 @@ bool CSpatialiteDBDataModel::RollBackTransaction() {
 
 bool CSpatialiteDBDataModel::IsInTransaction() { return handler_ && depth_ > 0; }
 
-// The node cache calculator is not part of this build yet; these are the points where the model
-// tells it of changes.
-void CSpatialiteDBDataModel::NotifyFolderChanged(const CFolderOption&) {}
+void CSpatialiteDBDataModel::NotifyFolderChanged(const CFolderOption& option) {
+  if (calculator_) calculator_->SetLChange(option);
+}
 
-void CSpatialiteDBDataModel::NotifyLayerChanged(const CLayerOption&) {}
+void CSpatialiteDBDataModel::NotifyLayerChanged(const CLayerOption& option) {
+  if (calculator_) calculator_->SetLChange(option);
+}
 
-void CSpatialiteDBDataModel::NotifySubtreeRemoved() {}
+void CSpatialiteDBDataModel::NotifySubtreeRemoved() {
+  if (calculator_) calculator_->Refresh();
+}

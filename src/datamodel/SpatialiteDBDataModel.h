@@ -254,8 +254,8 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   int objectId_;
   std::string name_;
   std::string filePath_;
-  // Made at the first successful Install once the node cache calculator exists; not yet built.
-  CNodeCacheCalculator* calculator_;
+  // Made at the first successful Install, deleted by Uninstall.
+  std::unique_ptr<CNodeCacheCalculator> calculator_;
   std::unique_ptr<CAnnotationDBObjectNotifier> notifier_;
   std::unique_ptr<CSpatialiteHandler> handler_;  // exists only while open
   sqlite3* db_;                                  // the handler's connection, cached

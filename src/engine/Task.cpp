@@ -127,6 +127,17 @@ bool CTask::JoinThread(int timeout_ms) {
   return true;
 }
 
+bool CTask::WaitForFinished(int timeout_ms) {
+  if (!thread_) return true;
+  std::unique_lock<std::mutex> lock(thread_->mutex);
+  auto finished = [this] { return thread_->finished; };
+  if (timeout_ms < 0) {
+    thread_->finishedChanged.wait(lock, finished);
+    return true;
+  }
+  return thread_->finishedChanged.wait_for(lock, std::chrono::milliseconds(timeout_ms), finished);
+}
+
 void CTask::RequestStop() { running_->store(false, std::memory_order_relaxed); }
 
 bool CTask::IsRunning() const { return running_->load(std::memory_order_relaxed); }

@@ -33,6 +33,10 @@ class ANNOTATIONLAYER_EXPORT CTask {
   // Clears the running flag and waits for the thread: for ever when timeout_ms < 0, else at most
   // timeout_ms. False when no thread is held. See the .cpp for what happens when the wait runs out.
   bool StopTask(int timeout_ms);
+  // Waits until the body of the held thread has returned, for ever when timeout_ms < 0, without
+  // asking it to stop and without releasing the thread. True when no thread is held or the body
+  // has returned; false when the wait ran out.
+  bool WaitForFinished(int timeout_ms);
   // Clears the running flag and returns at once.
   void RequestStop();
   bool IsRunning() const;

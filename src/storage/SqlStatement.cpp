@@ -74,7 +74,9 @@ int CSqlStatement::Step() {
   return sqlite3_step(stmt_);
 }
 
+// A statement that failed to prepare has been logged already: stepping it says nothing more.
 bool CSqlStatement::StepRow() {
+  if (stmt_ == nullptr) return false;
   int rc = Step();
   if (rc == SQLITE_ROW) return true;
   if (rc != SQLITE_DONE) LogError();
@@ -82,6 +84,7 @@ bool CSqlStatement::StepRow() {
 }
 
 bool CSqlStatement::StepDone() {
+  if (stmt_ == nullptr) return false;
   int rc = Step();
   if (rc == SQLITE_DONE) return true;
   LogError();

@@ -1,0 +1,86 @@
+// CNodeCacheCalculator keeps, for every folder and layer of one data model, its order number and
+// its own display attribute, and answers for any node the attribute and order key inherited
+// through its ancestors. A background pass (Refresh) walks the whole tree to fill the cache; the
+// data model keeps it current with the Set* calls when it inserts or modifies folders and layers.
+//
+// Ownership: the data model owns its calculator; the calculator borrows the model.
+//
+// Threading contract: the Set* calls and the readers may be called from any thread, also while a
+// pass runs; every access to the cache holds the calculator's recursive lock for its duration, and
+// the readers take it once per ancestor, so an answer may mix values from before and after a
+// concurrent update. The pass runs on the calculator's own task thread and reads the model
+// through its read operations. Destroying the calculator stops a running pass and waits for it.
+#ifndef ANNOTATIONLAYER_NODE_CACHE_CALCULATOR_H
+#define ANNOTATIONLAYER_NODE_CACHE_CALCULATOR_H
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "AnnotationLayerExport.h"
+#include "IAnnotationDBObjectVisitor.h"
+#include "NodeAttribute.h"
+#include "NodeOrder.h"
+#include "Task.h"
+
+class CCriticalLock;
+class IAnnotationDBDataModel;
+
+class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
+                                                    public IAnnotationDBObjectVisitor {
+ public:
+  explicit CNodeCacheCalculator(IAnnotationDBDataModel* model);
+  ~CNodeCacheCalculator() override;
+  CNodeCacheCalculator(const CNodeCacheCalculator&) = delete;
+  CNodeCacheCalculator& operator=(const CNodeCacheCalculator&) = delete;
+
+  // Records a folder's order number and checked state (creating the entry when missing).
+  void SetLChange(const CFolderOption& option);
+  // The same for a layer, plus its levels: the level range is set from the levels and then again
+  // from the name levels, so the cached level range holds the name levels and the cached name
+  // range keeps its defaults. Kept so on purpose.
+  void SetLChange(const CLayerOption& option);
+  // Records a new order number (creating the entry when missing).
+  void SetLOrderChange(const std::string& uuid, int order);
+  // Changes the visible flag of an existing entry; unknown uuids are ignored.
+  void SetLVisibleChange(const std::string& uuid, bool visible);
+  // Changes the levels of an existing entry (with the same two SetLevel calls); unknown uuids are
+  // ignored.
+  void SetLLevelChange(const CLayerOption& option);
+  // Clears the cache and starts a background pass; refused, with a log line, while one runs.
+  void Refresh();
+  // True while a pass is inside the model's Travel.
+  bool IsCalculating() const { return calculating_.load(std::memory_order_relaxed); }
+
+  // The order numbers of the node's ancestors (root first, -1 where not cached) and its own.
+  CNodeOrder GetEntityOrder(const std::string& uuid);
+  // The node's ancestors' attributes combined with +=; invisible at once when the node itself is
+  // unchecked, and cut at the first invisible ancestor.
+  CNodeAttribute GetEntityAttribute(const std::string& uuid);
+  // The number of cached folders and layers.
+  int GetCacheCount() const;
+
+ protected:
+  void OnRunTask() override;
+  E_HANDLE_TYPE ApplyFolder(IAnnotationDBDataModel* model, const std::list<std::string>& path,
+                            const std::string& uuid, const CFolderOption& option) override;
+  E_HANDLE_TYPE ApplyLayer(IAnnotationDBDataModel* model, const std::list<std::string>& path,
+                           const std::string& uuid, const CLayerOption& option) override;
+
+ private:
+  struct Entry {
+    int order = -1;
+    CNodeAttribute attribute;
+  };
+
+  CNodeAttribute GetLAttribute(const std::string& uuid);
+  int GetLOrder(const std::string& uuid) const;
+
+  IAnnotationDBDataModel* model_;
+  std::atomic<bool> calculating_{false};
+  std::unique_ptr<CCriticalLock> lock_;
+  std::map<std::string, Entry> cache_;
+};
+
+#endif  // ANNOTATIONLAYER_NODE_CACHE_CALCULATOR_H
