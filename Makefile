@@ -6,7 +6,7 @@ TSAN_DIR ?= build-tsan
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build test test-plain test-asan test-tsan demo clean
+.PHONY: all deps configure build test test-plain test-asan test-tsan demo bench clean
 
 all: build
 
@@ -42,6 +42,9 @@ test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 
 # The whole suite: the plain build, then the AddressSanitizer+UBSan and ThreadSanitizer builds.
 test: test-plain test-asan test-tsan
+
+bench: build
+	$(BUILD_DIR)/bench/calculator_bench
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo
