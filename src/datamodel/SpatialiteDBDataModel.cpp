@@ -151,6 +151,3 @@ void CSpatialiteDBDataModel::NotifyLayerChanged(const CLayerOption& option) {
   if (calculator_) calculator_->SetLChange(option);
 }
 
-void CSpatialiteDBDataModel::NotifySubtreeRemoved() {
-  if (calculator_) calculator_->Refresh();
-}

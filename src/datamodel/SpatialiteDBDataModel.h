@@ -167,8 +167,6 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   bool InsertFeatureStatus(const CFeatureOption& option, std::vector<int64_t>& ids);
   // The index_id text of a node; false when the statement fails or the node does not exist.
   bool QueryTableIndexes(const char* table, const std::string& uuid, std::string& indexText);
-  // Removes every row of a folder's or layer's subtree, itself included.
-  bool RemoveSubtree(const std::string& uuid, bool isLayer);
   // The node row of a feature given with its object: style, attribute fields and geometry.
   bool InsertFeatureWithData(CFeatureOption& option, std::vector<int64_t>& statusIds,
                              IAnnotationFeature* feature);
@@ -196,7 +194,6 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   // --- Keeping the node cache calculator current ---
   void NotifyFolderChanged(const CFolderOption& option);
   void NotifyLayerChanged(const CLayerOption& option);
-  void NotifySubtreeRemoved();
 
   // --- Traversal ---
   E_HANDLE_TYPE TravelFolderForFolderChildren(IAnnotationDBObjectVisitor* visitor,

@@ -9,6 +9,7 @@
 #include "AnnotationLayerNS.h"
 #include "FeatureOption.h"
 #include "FolderOption.h"
+#include "LayerBatchDeleter.h"
 #include "LayerOption.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
@@ -221,13 +222,17 @@ bool CSpatialiteDBDataModel::QueryTableIndexes(const char* table, const std::str
   return true;
 }
 
+// Folders and layers go with their whole subtree through the batch deleter, which also rebuilds
+// the node cache afterwards.
 bool CSpatialiteDBDataModel::DeleteFolder(const std::string& uuid) {
   if (db_ == nullptr) return false;
   std::string indexText;
   if (!QueryTableIndexes("folder", uuid, indexText)) return false;
   UnlinkFolder(uuid);
-  const bool removed = RemoveSubtree(uuid, false);
-  NotifySubtreeRemoved();
+  CLayerBatchDeleter deleter(this);
+  deleter.BeginDelete(false, nullptr);
+  const bool removed = deleter.BatchDeleteFolder(uuid);
+  deleter.EndDelete();
   return removed;
 }
 
@@ -236,8 +241,10 @@ bool CSpatialiteDBDataModel::DeleteLayer(const std::string& uuid) {
   std::string indexText;
   if (!QueryTableIndexes("layer", uuid, indexText)) return false;
   UnlinkComposite(uuid, true);
-  const bool removed = RemoveSubtree(uuid, true);
-  NotifySubtreeRemoved();
+  CLayerBatchDeleter deleter(this);
+  deleter.BeginDelete(false, nullptr);
+  const bool removed = deleter.BatchDeleteLayer(uuid);
+  deleter.EndDelete();
   return removed;
 }
 
@@ -270,56 +277,4 @@ bool CSpatialiteDBDataModel::DeleteFeature(const std::string& uuid) {
           "[DeleteFeature]:");
   return ExecSql(db_, "DELETE FROM 'main'.'shape' WHERE uuid = '" + uuid + "'",
                  "[DeleteFeature]:");
-}
-
-bool CSpatialiteDBDataModel::RemoveSubtree(const std::string& uuid, bool isLayer) {
-  // The subtree as recursive selections: every folder below (and including) a folder, every layer
-  // under those folders or under layers of the subtree, every feature under those layers.
-  const std::string quoted = "'" + uuid + "'";
-  const std::string folders =
-      isLayer ? std::string("SELECT NULL WHERE 0")
-              : "WITH RECURSIVE f(u) AS (SELECT " + quoted +
-                    " UNION SELECT folder.uuid FROM folder JOIN f ON folder.puuid = f.u "
-                    "WHERE folder.uuid != '') SELECT u FROM f";
-  const std::string layers =
-      "WITH RECURSIVE l(u) AS (" +
-      (isLayer ? "SELECT " + quoted
-               : "SELECT layer.uuid FROM layer WHERE layer.folder_puuid IN (" + folders + ")") +
-      " UNION SELECT layer.uuid FROM layer JOIN l ON layer.layer_puuid = l.u) SELECT u FROM l";
-  const std::string features = "SELECT shape.uuid FROM shape WHERE shape.puuid IN (" + layers + ")";
-
-  const std::string tag = isLayer ? "[DeleteLayer]:" : "[DeleteFolder]:";
-  const bool outer = !IsInTransaction();
-  if (!BeginTransaction()) return false;
-  bool ok = true;
-  auto run = [&](const std::string& table, const std::string& column, const std::string& set) {
-    ok = ok && ExecSql(db_,
-                       "DELETE FROM 'main'.'" + table + "' WHERE " + column + " IN (" + set + ")",
-                       tag);
-  };
-  // Satellites and order rows first: their selections read the node tables.
-  for (const char* table : {"shape_status", "shape_style", "shape_userdata", "shape_property",
-                            "shape_enclosure"}) {
-    run(table, "puuid", features);
-  }
-  run("shape_order", "uuid", features);
-  for (const char* table : {"layer_status", "layer_style", "layer_userdata"}) {
-    run(table, "puuid", layers);
-  }
-  run("layer_order", "uuid", layers);
-  run("shape", "uuid", features);
-  if (!isLayer) {
-    run("folder_status", "puuid", folders);
-    run("folder_order", "uuid", folders);
-  }
-  // Layers before folders: the layer selection starts from the folders.
-  run("layer", "uuid", layers);
-  if (!isLayer) run("folder", "uuid", folders);
-
-  if (!ok) {
-    if (outer) RollBackTransaction();
-    else CommitTransaction();  // an inner call only counts down; the caller decides
-    return false;
-  }
-  return CommitTransaction();
 }
