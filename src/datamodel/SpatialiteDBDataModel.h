@@ -136,10 +136,6 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   bool QueryCompositeOrder(const std::string& uuid, bool isLayer, std::string& leftShape,
                            std::string& leftLayer, std::string& rightShape,
                            std::string& rightLayer, int& orderNum);
-  std::string QueryLeftFirstFolder(const std::string& start);
-  std::string QueryRightLastFolder(const std::string& start);
-  std::string QueryLeftFirstComposite(const std::string& start, bool& isLayer);
-  std::string QueryRightLastComposite(const std::string& start, bool& isLayer);
   // Walks a list to its end through `sql` (one '?' for the current uuid); shared by the walks.
   std::string WalkFolderList(const std::string& start, const std::string& sql,
                              const std::string& tag);
@@ -229,6 +225,12 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   // The uuids of a node's ancestors, the top folder first and the direct parent last. Used by
   // the node cache calculator.
   bool QueryParentUUIDList(std::list<std::string>& ancestors, const std::string& uuid);
+  // The ends of a sibling list, found by walking from any member; for the batch tools. A mixed
+  // list of a layer's children also says whether its end is a layer.
+  std::string QueryLeftFirstFolder(const std::string& start);
+  std::string QueryRightLastFolder(const std::string& start);
+  std::string QueryLeftFirstComposite(const std::string& start, bool& isLayer);
+  std::string QueryRightLastComposite(const std::string& start, bool& isLayer);
 
  private:
   // --- Options ---

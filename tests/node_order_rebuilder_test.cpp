@@ -1,0 +1,152 @@
+// Renumbering sibling order numbers along the links.
+#include <gtest/gtest.h>
+
+#include "FeatureOption.h"
+#include "LayerOption.h"
+#include "NodeCacheCalculator.h"
+#include "NodeOrderRebuilder.h"
+#include "SpatialiteDBDataModel.h"
+#include "SqlStatement.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "TreeBuilder.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::ExecSql;
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+class RebuilderTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_.Install(db_.Path()));
+    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
+    root_ = db_.RootUUID();
+  }
+  void SetOrder(const char* table, const std::string& uuid, int order) {
+    ASSERT_TRUE(ExecSql(model_.GetConnection(),
+                        std::string("UPDATE ") + table + " SET order_num = " +
+                            std::to_string(order) + " WHERE uuid = '" + uuid + "'",
+                        ""));
+  }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+  CTreeBuilder tree_{&model_};
+  std::string root_;
+};
+
+class CountingProgress : public CNodeOrderRebuilder::IRebuildProgress {
+ public:
+  explicit CountingProgress(CNodeOrderRebuilder* rebuilder = nullptr) : rebuilder_(rebuilder) {}
+  void OnBegin(IAnnotationDBDataModel*, bool recursive) override {
+    begun = true;
+    beganRecursive = recursive;
+    // A rebuild started from inside a running one is refused.
+    if (rebuilder_ != nullptr) nested = rebuilder_->RebuildNodeOrderNum("x", false, nullptr);
+  }
+  void OnNode(const std::string& uuid, int count) override {
+    nodes.push_back(uuid);
+    lastCount = count;
+  }
+  void OnEnd(IAnnotationDBDataModel*) override { ended = true; }
+
+  bool begun = false, beganRecursive = false, ended = false, nested = true;
+  int lastCount = 0;
+  std::vector<std::string> nodes;
+
+ private:
+  CNodeOrderRebuilder* rebuilder_;
+};
+
+}  // namespace
+
+TEST_F(RebuilderTest, AssignedListsKeepTheirNumbers) {
+  const std::string a = tree_.AddFolder(root_, "a");
+  const std::string b = tree_.AddFolder(root_, "b");
+  const std::string c = tree_.AddFolder(root_, "c");
+  SetOrder("folder_order", a, 5);
+  SetOrder("folder_order", b, 9);
+  SetOrder("folder_order", c, 12);
+  for (bool recursive : {false, true}) {
+    CNodeOrderRebuilder rebuilder(&model_);
+    CountingProgress progress;
+    ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(root_, recursive, &progress));
+    EXPECT_EQ(recursive, progress.begun && progress.beganRecursive);
+    EXPECT_TRUE(progress.ended);
+    EXPECT_EQ(5, model_.QueryOrderNum(NODE_KIND_FOLDER, a));
+    EXPECT_EQ(9, model_.QueryOrderNum(NODE_KIND_FOLDER, b));
+    EXPECT_EQ(12, model_.QueryOrderNum(NODE_KIND_FOLDER, c));
+    // Only the recursive run walks the list.
+    EXPECT_EQ(recursive ? 3u : 0u, progress.nodes.size());
+  }
+}
+
+TEST_F(RebuilderTest, UnassignedNumberRenumbersInLinkOrderAndTellsTheCalculator) {
+  const std::string a = tree_.AddFolder(root_, "a");
+  const std::string b = tree_.AddFolder(root_, "b");
+  const std::string c = tree_.AddFolder(root_, "c");
+  std::vector<std::string> inner;
+  for (const std::string& folder : {a, b, c}) inner.push_back(tree_.AddFolder(folder, "inner"));
+  SetOrder("folder_order", a, 7);
+  SetOrder("folder_order", b, -1);
+  SetOrder("folder_order", c, 3);
+  CNodeOrderRebuilder rebuilder(&model_);
+  CountingProgress progress(&rebuilder);
+  CZuLogCapture capture;
+  ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(root_, false, &progress));
+  EXPECT_FALSE(progress.nested);
+  EXPECT_FALSE(rebuilder.IsRebuilding());
+  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_FOLDER, a));
+  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_FOLDER, b));
+  EXPECT_EQ(2, model_.QueryOrderNum(NODE_KIND_FOLDER, c));
+  EXPECT_EQ((std::vector<std::string>{a, b, c}), progress.nodes);
+  EXPECT_EQ(3, progress.lastCount);
+  // The calculator holds one more than the rows.
+  CNodeCacheCalculator* calculator = model_.GetNodeCacheCalculator();
+  EXPECT_EQ(1, calculator->GetEntityOrder(inner[0]).At(1));
+  EXPECT_EQ(2, calculator->GetEntityOrder(inner[1]).At(1));
+  EXPECT_EQ(3, calculator->GetEntityOrder(inner[2]).At(1));
+  EXPECT_EQ(1, capture.Count("[RebuildNodeOrderNum] " + Utf8ToLocal("提交批量节点Num顺序更新完成 ")));
+  EXPECT_EQ(1, capture.Count(" ms <<<<<"));
+}
+
+TEST_F(RebuilderTest, MixedChildrenOfALayerFollowTheLinks) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string layer = tree_.AddLayer(folder, "l");
+  const std::string s1 = tree_.AddFeature(layer, "s1");
+  const std::string x = tree_.AddChildLayer(layer, "x");
+  const std::string s2 = tree_.AddFeature(layer, "s2");
+  const std::string deep = tree_.AddFeature(x, "deep");
+  SetOrder("shape_order", s1, 40);
+  SetOrder("layer_order", x, -1);
+  SetOrder("shape_order", s2, 40);
+  SetOrder("shape_order", deep, -1);
+  CNodeOrderRebuilder rebuilder(&model_);
+  ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(folder, true, nullptr));
+  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_FEATURE, s1));
+  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_LAYER, x));
+  EXPECT_EQ(2, model_.QueryOrderNum(NODE_KIND_FEATURE, s2));
+  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_FEATURE, deep));  // reached by the recursion
+  // The neighbours were rewritten into the matching columns.
+  const CFeatureOption middle = model_.QueryFeatureOption(s2);
+  EXPECT_EQ(x, middle.GetLeftUUID());
+  EXPECT_TRUE(middle.IsLeftLayer());
+}
+
+TEST_F(RebuilderTest, UnknownNodesCommitAnEmptyTransaction) {
+  CNodeOrderRebuilder rebuilder(&model_);
+  EXPECT_TRUE(rebuilder.RebuildNodeOrderNum("nothing", true, nullptr));
+  EXPECT_FALSE(model_.IsInTransaction());
+  CZuLogCapture capture;
+  EXPECT_FALSE(rebuilder.RebuildNodeOrderNum("it's", true, nullptr));
+  EXPECT_EQ(1, capture.Count("refused uuid"));
+
+  CSpatialiteDBDataModel closed;
+  capture.Clear();
+  CNodeOrderRebuilder unusable(&closed);
+  EXPECT_EQ(1, capture.Count("[CFeatureBatchImporter] " + Utf8ToLocal("DBDataModel未建立")));
+  EXPECT_FALSE(unusable.RebuildNodeOrderNum(root_, true, nullptr));
+}
