@@ -144,14 +144,19 @@ TEST_F(CopyTest, RefusesBadPlacementsAndDiscardsCleanly) {
   EXPECT_FALSE(copier.CopyNode(featureA_, layer_));  // not copying any more
 }
 
-TEST_F(CopyTest, ProgressCanCancel) {
+TEST_F(CopyTest, ACancelledCopyIsRolledBackWhole) {
+  const int folders = Count("folder"), shapes = Count("shape");
   CLayerBatchCopier copier(&model_);
   CountingCopyProgress progress;
-  progress.cancelAt = 2;
+  progress.cancelAt = 4;
   ASSERT_TRUE(copier.BeginCopy(&progress));
-  EXPECT_FALSE(copier.CopyNode(source_, root_));
-  EXPECT_EQ(2, progress.last);
-  copier.EndCopy();
+  ASSERT_TRUE(copier.CopyNode(featureA_, layer_));  // copied nodes 1
+  EXPECT_FALSE(copier.CopyNode(source_, root_));    // cancelled at the fourth
+  EXPECT_EQ(4, progress.last);
+  EXPECT_FALSE(copier.IsCopying());
+  EXPECT_FALSE(model_.IsInTransaction());
+  EXPECT_EQ(folders, Count("folder"));
+  EXPECT_EQ(shapes, Count("shape"));
 }
 
 TEST_F(CopyTest, TransferMovesALayerIntoAnotherDatabase) {

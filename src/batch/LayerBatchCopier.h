@@ -33,7 +33,8 @@ class ANNOTATIONLAYER_EXPORT CLayerBatchCopier {
   class ANNOTATIONLAYER_EXPORT ICopyProgress {
    public:
     virtual ~ICopyProgress() = default;
-    // A node was copied; `copied` nodes so far. Returns true to cancel.
+    // A node was copied; `copied` nodes so far. Returns true to cancel: everything copied since
+    // BeginCopy is then rolled back and the copier is idle again.
     virtual bool OnNodeCopied(const std::string& name, int copied) = 0;
   };
 

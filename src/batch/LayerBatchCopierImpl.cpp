@@ -44,6 +44,8 @@ bool CLayerBatchCopierImpl::CopyNode(const std::string& sourceUuid,
   });
   const bool copied = copier.Copy(sourceUuid, targetParentUuid, copyUuid);
   copied_ += copier.GetCopiedCount();
+  // A cancelled copy is undone whole, with everything copied since BeginCopy.
+  if (copier.IsCancelled()) DiscardCopy();
   return copied;
 }
 

@@ -34,6 +34,7 @@ class CNodeTreeCopier {
   // was copied before stays in the caller's transaction.
   bool Copy(const std::string& sourceUuid, const std::string& targetParent, std::string* copyUuid);
   int GetCopiedCount() const { return copied_; }
+  bool IsCancelled() const { return cancelled_; }
 
  private:
   // Each copies one node below `parent` after `left` (a layer when `leftIsLayer`) with order
