@@ -82,6 +82,9 @@ BlobFacts Facts(const Bytes& blob) {
 class SpatialiteSql {
  public:
   SpatialiteSql() { ok_ = handler_.OpenByCreate(dir_.File("sql.db")); }
+  ~SpatialiteSql() { handler_.Close(); }
+  SpatialiteSql(const SpatialiteSql&) = delete;
+  SpatialiteSql& operator=(const SpatialiteSql&) = delete;
   bool IsOpen() const { return ok_; }
   // The blob that `expression` gives; empty when it gives none.
   Bytes Blob(const std::string& expression) {

@@ -15,8 +15,9 @@
 //   POINT Z, LINESTRING Z or POLYGON Z; reading such a blob back gives the kind of the stored class.
 // - A collection with nothing in it (every part empty, or a kind outside 1..6) serialises to no
 //   blob at all: the result is null with size 0, just as for no parts.
-// - An open ring is stored and read back unchanged (SQL AsText shows it open; ST_IsValid does not
-//   accept it), and so are rings and lines of one or two vertices.
+// - An open ring is stored and read back unchanged, and so are rings and lines of one or two
+//   vertices. SpatiaLite's SQL reads such a blob (AsText shows the ring open, ST_IsValid gives 0)
+//   although its own GeomFromText would refuse that text.
 //
 // Reading, by the class gaiaGeometryType reports: 1001 and 1004 give one part per point holding
 // that vertex, 1002 and 1005 one part per line string, 1003 and 1006 one part per polygon with its

@@ -42,6 +42,10 @@ void ExtendBox(EXTENT& box, double x, double y) {
 bool CSpatialiteDBDataModel::QueryGeometryData(const std::string& uuid,
                                                IAnnotationFeature* feature) {
   if (db_ == nullptr) return false;
+  if (feature == nullptr) {
+    ZuLogWarn << "[QueryGeometryData]:" << "no feature to fill for " << uuid;
+    return false;
+  }
   if (!IsSafeUUID(uuid, "[QueryGeometryData]:")) return false;
   CSqlStatement stmt(db_, "SELECT geom FROM shape WHERE uuid='" + uuid + "'",
                      "[QueryGeometryData]:");
