@@ -23,8 +23,8 @@
 // that vertex, 1002 and 1005 one part per line string, 1003 and 1006 one part per polygon with its
 // exterior ring only. Any other class (a two-dimensional or measured geometry, a mixed collection)
 // gives no part and still succeeds. The SRID is not checked. Parts are appended to what the caller
-// already holds. A blob that cannot be read (see SpatialiteBlob.h) gives false and leaves the
-// caller's data unchanged.
+// already holds. A blob that cannot be read (SpatiaLite rejects it, or its element counts do not
+// fit its size) gives false and leaves the caller's data unchanged.
 //
 // Thread safety: stateless; safe from any thread as long as the arguments are not shared.
 #ifndef ANNOTATIONLAYER_GEOMETRY_BLOB_H
@@ -45,8 +45,8 @@ namespace AnnotationLayerNS {
 ANNOTATIONLAYER_EXPORT unsigned char* ConvertFeatureToWkbGeom(int& size,
                                                               IAnnotationFeature* feature);
 
-// The blob of `parts` as geometry kind `type`; null (size 0) when there is nothing to store.
-// Release the blob with free().
+// The blob of `parts` as geometry kind `type`; null (size 0) when there is nothing to store, and
+// for a geometry whose blob could pass INT_MAX bytes. Release the blob with free().
 ANNOTATIONLAYER_EXPORT unsigned char* ConvertGeomDataToWkbGeom(
     int& size, const std::vector<CGeometryData>& parts, E_GEOMETRY_DATA_TYPE type);
 
