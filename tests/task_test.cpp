@@ -177,8 +177,9 @@ TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
 
      protected:
       void OnRunTask() override {
-        started.Set();
+        // Copied before the signal: once it is set, the object may be gone.
         std::shared_ptr<Signal> r = r_, f = f_;
+        started.Set();
         r->WaitFor(seconds(30));
         f->Set();
       }

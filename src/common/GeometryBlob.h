@@ -15,15 +15,16 @@
 //   POINT Z, LINESTRING Z or POLYGON Z; reading such a blob back gives the kind of the stored class.
 // - A collection with nothing in it (every part empty, or a kind outside 1..6) serialises to no
 //   blob at all: the result is null with size 0, just as for no parts.
-// - An open ring is stored and read back unchanged (SQL AsText shows it open; ST_IsValid does not
-//   accept it), and so are rings and lines of one or two vertices.
+// - An open ring is stored and read back unchanged, and so are rings and lines of one or two
+//   vertices. SpatiaLite's SQL reads such a blob (AsText shows the ring open, ST_IsValid gives 0)
+//   although its own GeomFromText would refuse that text.
 //
 // Reading, by the class gaiaGeometryType reports: 1001 and 1004 give one part per point holding
 // that vertex, 1002 and 1005 one part per line string, 1003 and 1006 one part per polygon with its
 // exterior ring only. Any other class (a two-dimensional or measured geometry, a mixed collection)
 // gives no part and still succeeds. The SRID is not checked. Parts are appended to what the caller
-// already holds. A blob that cannot be read (see SpatialiteBlob.h) gives false and leaves the
-// caller's data unchanged.
+// already holds. A blob that cannot be read (SpatiaLite rejects it, or its element counts do not
+// fit its size) gives false and leaves the caller's data unchanged.
 //
 // Thread safety: stateless; safe from any thread as long as the arguments are not shared.
 #ifndef ANNOTATIONLAYER_GEOMETRY_BLOB_H
@@ -44,8 +45,8 @@ namespace AnnotationLayerNS {
 ANNOTATIONLAYER_EXPORT unsigned char* ConvertFeatureToWkbGeom(int& size,
                                                               IAnnotationFeature* feature);
 
-// The blob of `parts` as geometry kind `type`; null (size 0) when there is nothing to store.
-// Release the blob with free().
+// The blob of `parts` as geometry kind `type`; null (size 0) when there is nothing to store, and
+// for a geometry whose blob could pass INT_MAX bytes. Release the blob with free().
 ANNOTATIONLAYER_EXPORT unsigned char* ConvertGeomDataToWkbGeom(
     int& size, const std::vector<CGeometryData>& parts, E_GEOMETRY_DATA_TYPE type);
 

@@ -168,6 +168,24 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
                              IAnnotationFeature* feature);
 
   // --- Styles and enclosures ---
+  // Whether `uuid` may be spliced between single quotes into a statement; when it may not, logs
+  // one warning under `tag` and refuses. Used by every operation that splices a uuid.
+  static bool IsSafeUUID(const std::string& uuid, const std::string& tag);
+  // Fills `styles` from the style row of a layer or feature; true when there is a row.
+  bool QueryStyleInner(CFeatureStyleSet* styles, const std::string& uuid, bool isLayer);
+  // The parent layer of a feature; "" when there is none.
+  std::string QueryFeatureParent(const std::string& featureUuid);
+  // The parent layer of a feature when that layer is a GIS layer (whose features share its
+  // style); "" otherwise.
+  std::string GetLayerUUIDForGisFeature(const std::string& featureUuid);
+  bool IsExistStyle(const std::string& uuid, bool isLayer);
+  bool ModifyStyleInner(const std::string& uuid, bool isLayer, const std::string& json,
+                        int format);
+  bool InsertStyleInner(const std::string& uuid, bool isLayer, const std::string& json,
+                        int format);
+  // The style row of a feature being inserted with its object. A set without styles has nothing
+  // to write and succeeds; a failure logs the warning "[InsertStyle] Failed " and the uuid.
+  bool InsertStyle(const std::string& featureUuid, const CFeatureStyleSet* styles, int format);
 
   // --- Geometry ---
 

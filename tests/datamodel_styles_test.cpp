@@ -1,0 +1,384 @@
+// CSpatialiteDBDataModel styles and enclosures: the feature-to-layer fallback, GIS layers sharing
+// their style, the kept quirks of the enclosure statements, content of zero bytes and of several
+// megabytes, and refused uuids.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <functional>
+#include <list>
+#include <string>
+#include <vector>
+
+#include "EnclosureOption.h"
+#include "FeatureLabelStyle.h"
+#include "FeatureOption.h"
+#include "FeaturePenStyle.h"
+#include "FeatureStyleSet.h"
+#include "LayerOption.h"
+#include "SpatialiteDBDataModel.h"
+#include "SqlStatement.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::ExecSql;
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+CFeatureStyleSet PenStyle(const QColor& color, double width) {
+  CFeatureStyleSet set;
+  auto* pen = new CFeaturePenStyle();
+  pen->SetColor(color);
+  pen->SetWidth(width);
+  set.PushBack(pen);
+  return set;
+}
+
+template <typename Style>
+const Style* First(const CFeatureStyleSet& set) {
+  for (int i = 0; i < set.GetCount(); ++i) {
+    if (const auto* style = dynamic_cast<const Style*>(set.At(i))) return style;
+  }
+  return nullptr;
+}
+
+// The pen colour that QueryStyle finds, or "" when it finds no style.
+std::string QueriedPen(IAnnotationDBDataModel& model, const std::string& uuid, bool isLayer) {
+  CFeatureStyleSet set;
+  if (!model.QueryStyle(&set, uuid, isLayer)) return std::string();
+  const auto* pen = First<CFeaturePenStyle>(set);
+  return pen != nullptr ? pen->GetColor().name().toStdString() : std::string("<no pen>");
+}
+
+class StyleModelTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    model_.Initialize("styles");
+    ASSERT_TRUE(model_.Install(db_.Path()));
+  }
+
+  std::string AddLayer(E_LAYER_TYPE type = LAYER_TYPE_ANNOTATION) {
+    CLayerOption layer;
+    layer.SetParentUUID(db_.RootUUID(), false);
+    layer.SetType(type);
+    EXPECT_TRUE(model_.InsertLayer(layer));
+    return layer.GetUUID();
+  }
+
+  std::string AddFeature(const std::string& parent) {
+    CFeatureOption feature;
+    feature.SetParentUUID(parent);
+    feature.SetType(ANNOTATION_TYPE_LINE);
+    EXPECT_TRUE(model_.InsertFeature(feature, nullptr));
+    return feature.GetUUID();
+  }
+
+  std::string Scalar(const std::string& sql) { return QueryScalar(db_.Path(), sql); }
+  // "<layer_style rows> <shape_style rows>" of an owner.
+  std::string StyleRows(const std::string& puuid) {
+    return Scalar("SELECT (SELECT COUNT(*) FROM layer_style WHERE puuid = '" + puuid +
+                  "') || ' ' || (SELECT COUNT(*) FROM shape_style WHERE puuid = '" + puuid + "')");
+  }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+};
+
+}  // namespace
+
+// --- Styles ---
+
+TEST_F(StyleModelTest, FeatureWithoutItsOwnStyleShowsItsLayers) {
+  const std::string layer = AddLayer();
+  const std::string plain = AddFeature(layer);
+  const std::string styled = AddFeature(layer);
+  EXPECT_EQ("", QueriedPen(model_, plain, false));
+
+  const CFeatureStyleSet layerStyle = PenStyle(QColor(0x11, 0x22, 0x33), 3);
+  const CFeatureStyleSet ownStyle = PenStyle(QColor(0xaa, 0xbb, 0xcc), 1);
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(layer, &layerStyle, 3));
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(styled, &ownStyle, 3));
+  EXPECT_EQ("#112233", QueriedPen(model_, layer, true));
+  EXPECT_EQ("#112233", QueriedPen(model_, plain, false));
+  EXPECT_EQ("#112233", QueriedPen(model_, plain, true));  // asked as a layer it still falls back
+  EXPECT_EQ("#aabbcc", QueriedPen(model_, styled, false));
+  EXPECT_EQ("", QueriedPen(model_, AddFeature(""), false));
+  EXPECT_EQ("", QueriedPen(model_, "no such node", false));
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.QueryStyle(nullptr, plain, false));
+  EXPECT_EQ(1u, capture.Lines().size());
+}
+
+TEST_F(StyleModelTest, ModifyOrInsertKeepsOneRowPerOwner) {
+  const std::string layer = AddLayer();
+  const std::string feature = AddFeature(layer);
+  CFeatureStyleSet style = PenStyle(QColor(1, 2, 3), 2);
+  auto* label = new CFeatureLabelStyle();
+  label->SetFontName(Utf8ToLocal("宋体"));
+  style.PushBack(label);
+
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(feature, &style, 3));
+  EXPECT_EQ("0 1", StyleRows(feature));
+  const std::string row = "SELECT format || ' ' || (instr(content, '宋体') > 0) FROM shape_style "
+                          "WHERE puuid = '" + feature + "'";
+  EXPECT_EQ("3 1", Scalar(row)) << "stored as UTF-8";
+  CFeatureStyleSet read;
+  ASSERT_TRUE(model_.QueryStyle(&read, feature, false));
+  ASSERT_NE(nullptr, First<CFeatureLabelStyle>(read));
+  EXPECT_EQ(Utf8ToLocal("宋体"), First<CFeatureLabelStyle>(read)->GetFontName());
+
+  const CFeatureStyleSet changed = PenStyle(QColor(4, 5, 6), 7);
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(feature, &changed, 9));
+  EXPECT_EQ("0 1", StyleRows(feature));
+  EXPECT_EQ("9 0", Scalar(row));
+  EXPECT_EQ("#040506", QueriedPen(model_, feature, false));
+
+  // Nothing to write: nothing written.
+  CFeatureStyleSet empty;
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.ModifyOrInsertStyle(layer, &empty, 3));
+  EXPECT_FALSE(model_.ModifyOrInsertStyle(layer, nullptr, 3));
+  EXPECT_EQ(2u, capture.Lines().size());
+  EXPECT_EQ("0 0", StyleRows(layer));
+}
+
+TEST_F(StyleModelTest, FeaturesOfGisLayersShareTheirLayersStyle) {
+  for (E_LAYER_TYPE type : {LAYER_TYPE_GIS_POINT, LAYER_TYPE_GIS_LINE, LAYER_TYPE_GIS_POLYGON}) {
+    const std::string layer = AddLayer(type);
+    const std::string first = AddFeature(layer);
+    const CFeatureStyleSet red = PenStyle(QColor(255, 0, 0), 1);
+    const CFeatureStyleSet blue = PenStyle(QColor(0, 0, 255), 1);
+    ASSERT_TRUE(model_.ModifyOrInsertStyle(first, &red, 3)) << type;
+    ASSERT_TRUE(model_.ModifyOrInsertStyle(AddFeature(layer), &blue, 3)) << type;
+    EXPECT_EQ("1 0", StyleRows(layer)) << type;
+    EXPECT_EQ("0 0", StyleRows(first)) << type;
+    EXPECT_EQ("#0000ff", QueriedPen(model_, first, false)) << type;
+  }
+  // A feature whose layer row is missing keeps a style of its own; the missing row is logged.
+  const std::string orphan = AddFeature("ghost layer");
+  const CFeatureStyleSet style = PenStyle(QColor(9, 9, 9), 1);
+  CZuLogCapture capture;
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(orphan, &style, 3));
+  EXPECT_TRUE(capture.Contains("[GetLayerUUIDForGisFeature]:"));
+  EXPECT_EQ("0 1", StyleRows(orphan));
+}
+
+namespace {
+
+// Calls every uuid a layer, to see that the layer test is asked through the interface.
+class EverythingIsALayerModel : public CSpatialiteDBDataModel {
+ public:
+  bool IsLayerUUID(const std::string&) override { return ++calls > 0; }
+  int calls = 0;
+};
+
+}  // namespace
+
+TEST_F(StyleModelTest, LayerTestIsAskedThroughTheInterface) {
+  const std::string feature = AddFeature(AddLayer());
+  ASSERT_TRUE(model_.Uninstall());
+  EverythingIsALayerModel model;
+  ASSERT_TRUE(model.Install(db_.Path()));
+  const CFeatureStyleSet style = PenStyle(QColor(7, 7, 7), 1);
+  ASSERT_TRUE(model.ModifyOrInsertStyle(feature, &style, 3));
+  EXPECT_EQ(1, model.calls);
+  EXPECT_EQ("1 0", StyleRows(feature));
+}
+
+// --- Enclosures ---
+
+namespace {
+
+class EnclosureModelTest : public StyleModelTest {
+ protected:
+  void SetUp() override {
+    StyleModelTest::SetUp();
+    feature_ = AddFeature(AddLayer());
+  }
+
+  // Inserts a record and returns its row id, which the record itself does not learn.
+  int Insert(const std::string& description, const std::string& path, const std::string& url,
+             E_ENCLOSURE_TYPE type = ENCLOSURE_TYPE_IMAGE) {
+    CEnclosureOption option;
+    option.SetParentUUID(feature_);
+    option.SetEnclosureType(type);
+    option.SetDescription(description);
+    option.SetLocalPath(path);
+    option.SetUrl(url);
+    EXPECT_TRUE(model_.ModifyOrInsertEnclosure(option));
+    EXPECT_EQ(-1, option.GetID());
+    EXPECT_EQ(0, option.GetChangeMask());
+    return std::stoi(Scalar("SELECT max(id) FROM shape_enclosure"));
+  }
+
+  bool Exec(const std::string& sql) { return ExecSql(model_.GetConnection(), sql, "[test]:"); }
+
+  std::string feature_;
+};
+
+}  // namespace
+
+TEST_F(EnclosureModelTest, InsertWritesTheRowButNotTheIdAndUpdateFailsAtPrepare) {
+  const int id = Insert(Utf8ToLocal("现场照片"), Utf8ToLocal("D:/照片/1.jpg"), "");
+  EXPECT_EQ(feature_ + "|2|现场照片|D:/照片/1.jpg|",
+            Scalar("SELECT puuid || '|' || type || '|' || description || '|' || local_path || "
+                   "'|' || url FROM shape_enclosure WHERE id = " + std::to_string(id)));
+  CEnclosureOption zero(0, ENCLOSURE_TYPE_FILE);
+  ASSERT_TRUE(model_.ModifyOrInsertEnclosure(zero));
+  EXPECT_EQ(0, zero.GetID());
+  EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM shape_enclosure"));
+  EXPECT_EQ("s:", Scalar("SELECT substr(index_id, 1, 2) FROM shape WHERE uuid = '" + feature_ +
+                         "'")) << "the index array is not touched";
+
+  // The update statement carries a comma before WHERE.
+  CEnclosureOption stored(id, ENCLOSURE_TYPE_VIDEO);
+  stored.SetDescription("after");
+  const int mask = stored.GetChangeMask();
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.ModifyOrInsertEnclosure(stored));
+  ASSERT_EQ(1u, capture.Lines().size());
+  EXPECT_EQ(0u, capture.Lines()[0].find("[ModifyOrInsertEnclosure]:"));
+  EXPECT_NE(std::string::npos, capture.Lines()[0].find("syntax error"));
+  EXPECT_EQ(mask, stored.GetChangeMask());
+  EXPECT_EQ("现场照片",
+            Scalar("SELECT description FROM shape_enclosure WHERE id = " + std::to_string(id)));
+}
+
+TEST_F(EnclosureModelTest, QueryReadsTheRowsOfTheIndexArray) {
+  const int path = Insert(Utf8ToLocal("说明"), Utf8ToLocal("D:/文件.doc"), "",
+                          ENCLOSURE_TYPE_DOCUMENT);
+  const int url = Insert("web", "", "http://example.com/a.png");
+  const int both = Insert("both", "", "http://example.com/b.mp4", ENCLOSURE_TYPE_VIDEO);
+  ASSERT_TRUE(Exec("UPDATE shape_enclosure SET local_path = 'E:/b.mp4' WHERE id = " +
+                   std::to_string(both)));
+  Insert("unlisted", "F:/x", "");
+
+  std::list<CEnclosureOption> list;
+  EXPECT_TRUE(model_.QueryEnclosure(feature_, list));
+  EXPECT_TRUE(list.empty()) << "no e part in the index array yet";
+
+  ASSERT_TRUE(Exec("UPDATE shape SET index_id = 's:1;e:" + std::to_string(path) + "," +
+                   std::to_string(url) + "," + std::to_string(both) + ",999' WHERE uuid = '" +
+                   feature_ + "'"));
+  ASSERT_TRUE(model_.QueryEnclosure(feature_, list));
+  ASSERT_EQ(3u, list.size());
+  const std::vector<CEnclosureOption> rows(list.begin(), list.end());
+  EXPECT_EQ(path, rows[0].GetID());
+  EXPECT_EQ(ENCLOSURE_TYPE_DOCUMENT, rows[0].GetEnclosureType());
+  EXPECT_EQ(feature_, rows[0].GetParentUUID());
+  EXPECT_EQ(Utf8ToLocal("说明"), rows[0].GetDescription());
+  EXPECT_EQ(Utf8ToLocal("D:/文件.doc"), rows[0].GetLocalPath());
+  EXPECT_EQ(0, rows[0].GetChangeMask());
+  EXPECT_EQ("http://example.com/a.png", rows[1].GetUrl());
+  // A row holding both comes back with the url only.
+  EXPECT_EQ("http://example.com/b.mp4|", rows[2].GetUrl() + "|" + rows[2].GetLocalPath());
+  ASSERT_TRUE(model_.QueryEnclosure(feature_, list));
+  EXPECT_EQ(6u, list.size()) << "results are appended";
+
+  // Deleting leaves the index array as it was; the listed id simply finds no row.
+  ASSERT_TRUE(model_.DeleteEnclosure(url));
+  EXPECT_TRUE(model_.DeleteEnclosure(url));
+  std::list<CEnclosureOption> after;
+  ASSERT_TRUE(model_.QueryEnclosure(feature_, after));
+  EXPECT_EQ(2u, after.size());
+  EXPECT_NE(std::string::npos,
+            Scalar("SELECT index_id FROM shape WHERE uuid = '" + feature_ + "'")
+                .find(std::to_string(url)));
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.QueryEnclosure("no such feature", after));
+  EXPECT_TRUE(capture.Contains("[QueryTableIndexes]:"));
+  EXPECT_EQ(2u, after.size());
+}
+
+TEST_F(EnclosureModelTest, ContentOfZeroBytesAndOfSeveralMegabytes) {
+  const int id = Insert("data", "C:/data.bin", "");
+  const std::string content = " FROM shape_enclosure WHERE id = " + std::to_string(id);
+  EXPECT_TRUE(model_.QueryEnclosureData(id).empty());
+
+  std::vector<unsigned char> big(6 * 1024 * 1024 + 7);
+  for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<unsigned char>((i * 131) ^ (i >> 9));
+  ASSERT_TRUE(model_.ModifyEnclosureData(id, big.data(), static_cast<int>(big.size())));
+  EXPECT_EQ(big, model_.QueryEnclosureData(id));
+
+  const unsigned char none[1] = {0};
+  ASSERT_TRUE(model_.ModifyEnclosureData(id, none, 0));
+  EXPECT_EQ("blob 0", Scalar("SELECT typeof(content) || ' ' || length(content)" + content));
+  EXPECT_TRUE(model_.QueryEnclosureData(id).empty());
+  ASSERT_TRUE(model_.ModifyEnclosureData(id, nullptr, 0));
+  EXPECT_EQ("null", Scalar("SELECT typeof(content)" + content));
+
+  // Counts that cannot describe the bytes are refused and change nothing.
+  ASSERT_TRUE(model_.ModifyEnclosureData(id, big.data(), 10));
+  CZuLogCapture capture;
+  EXPECT_FALSE(model_.ModifyEnclosureData(id, big.data(), -1));
+  EXPECT_FALSE(model_.ModifyEnclosureData(id, nullptr, 10));
+  EXPECT_EQ(2, capture.Count("[ModifyEnclosureData]:"));
+  EXPECT_EQ(std::vector<unsigned char>(big.begin(), big.begin() + 10),
+            model_.QueryEnclosureData(id));
+  EXPECT_TRUE(model_.QueryEnclosureData(id + 1000).empty());
+}
+
+// --- Refused input and a closed model ---
+
+TEST_F(StyleModelTest, UuidsWithQuotesAreNeverSpliced) {
+  const std::string layer = AddLayer();
+  const CFeatureStyleSet style = PenStyle(QColor(1, 1, 1), 1);
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(layer, &style, 3));
+  const std::string injected = "x' OR '1'='1";
+  const struct {
+    const char* tag;
+    std::function<bool()> call;
+  } cases[] = {
+      {"[QueryStyle]:", [&] { CFeatureStyleSet set; return model_.QueryStyle(&set, injected, 1); }},
+      {"[ModifyOrInsertStyle]:", [&] { return model_.ModifyOrInsertStyle(injected, &style, 3); }},
+      {"[ModifyOrInsertStyle]:",
+       [&] { return model_.ModifyOrInsertStyle(std::string("a\0b", 3), &style, 3); }},
+      {"[QueryEnclosure]:",
+       [&] { std::list<CEnclosureOption> list; return model_.QueryEnclosure(injected, list); }},
+  };
+  for (const auto& c : cases) {
+    CZuLogCapture capture;
+    EXPECT_FALSE(c.call()) << c.tag;
+    ASSERT_EQ(1u, capture.Lines().size()) << c.tag;
+    EXPECT_EQ(0u, capture.Lines()[0].find(c.tag)) << capture.Lines()[0];
+  }
+  EXPECT_EQ("1 0", Scalar("SELECT (SELECT COUNT(*) FROM layer_style) || ' ' || "
+                          "(SELECT COUNT(*) FROM shape_style)"));
+
+  // A parent read from the database is checked as well: bound parameters store any text.
+  const std::string feature = AddFeature("bad' parent");
+  {
+    CZuLogCapture capture;
+    ASSERT_TRUE(model_.ModifyOrInsertStyle(feature, &style, 3));
+    ASSERT_EQ(1u, capture.Lines().size());
+    EXPECT_EQ(0u, capture.Lines()[0].find("[GetLayerUUIDForGisFeature]:"));
+  }
+  CZuLogCapture capture;
+  CFeatureStyleSet read;
+  EXPECT_FALSE(model_.QueryStyle(&read, AddFeature("bad' parent"), false));
+  ASSERT_EQ(1u, capture.Lines().size());
+  EXPECT_EQ(0u, capture.Lines()[0].find("[QueryStyleInner]:"));
+}
+
+TEST(StyleModelClosedTest, EveryOperationFailsQuietlyWhileNotInstalled) {
+  CSpatialiteDBDataModel model;
+  CFeatureStyleSet set = PenStyle(QColor(1, 2, 3), 1);
+  CEnclosureOption option;
+  std::list<CEnclosureOption> list;
+  const unsigned char bytes[4] = {1, 2, 3, 4};
+  CZuLogCapture capture;
+  EXPECT_FALSE(model.QueryStyle(&set, "a", true));
+  EXPECT_FALSE(model.ModifyOrInsertStyle("a", &set, 3));
+  EXPECT_FALSE(model.QueryEnclosure("a", list));
+  EXPECT_TRUE(model.QueryEnclosureData(1).empty());
+  EXPECT_FALSE(model.ModifyOrInsertEnclosure(option));
+  EXPECT_FALSE(model.ModifyEnclosureData(1, bytes, 4));
+  EXPECT_FALSE(model.DeleteEnclosure(1));
+  EXPECT_EQ(1, set.GetCount());
+  EXPECT_TRUE(capture.Lines().empty());
+}
