@@ -3,6 +3,7 @@
 #ifndef ZU_GEOMETRY_DATA_H
 #define ZU_GEOMETRY_DATA_H
 
+#include <cstddef>
 #include <vector>
 
 #include "Vector3D.h"

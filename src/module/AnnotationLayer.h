@@ -23,6 +23,7 @@
 #include "AnnotationLayerNS.h"
 #include "AnnotationLayerTypes.h"
 #include "AnnotationSchema.h"
+#include "GeometryBlob.h"
 #include "IAnnotationLayerModule.h"
 
 // Data model, records and observers.

@@ -20,4 +20,8 @@ std::string FormatDouble(double value) {
   return out.str();
 }
 
+bool IsSafeSqlText(const std::string& text) {
+  return text.find('\'') == std::string::npos && text.find('\0') == std::string::npos;
+}
+
 }  // namespace AnnotationLayerInner
