@@ -82,6 +82,8 @@ BlobFacts Facts(const Bytes& blob) {
 class SpatialiteSql {
  public:
   SpatialiteSql() { ok_ = handler_.OpenByCreate(dir_.File("sql.db")); }
+  // The handler leaves closing to its owner.
+  ~SpatialiteSql() { handler_.Close(); }
   bool IsOpen() const { return ok_; }
   // The blob that `expression` gives; empty when it gives none.
   Bytes Blob(const std::string& expression) {
