@@ -163,6 +163,7 @@ TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
 TEST(NameDBFileTest, OpenRecreatesTheFileAndCloseKeepsIt) {
   CCacheDirScope cache;
   const std::string path = cache.CacheFile("name_cluster_a.db");
+  ASSERT_TRUE(WriteFileBytes(path, std::string(4096, 'x')));  // not a database at all
   CSpatialiteNameDB db;
   EXPECT_FALSE(db.IsOpened());
   ASSERT_TRUE(db.Open("a"));

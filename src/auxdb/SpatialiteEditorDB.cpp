@@ -49,22 +49,16 @@ bool CSpatialiteEditorDB::Open(const std::string& name, IAnnotationFeature* feat
     ZuLogError(-1) << "[CSpatialiteEditorDB::Open]:" << "cannot remove the old file " << path;
     return false;
   }
-  path_ = path;
-  auto handler = std::make_unique<CSpatialiteHandler>();
-  if (!handler->OpenByCreate(path_)) {
-    handler->Close();
-    path_.clear();
-    return false;
-  }
-  handler_ = std::move(handler);
+  handler_ = std::make_unique<CSpatialiteHandler>();
+  const bool created = handler_->OpenByCreate(path);
   db_ = handler_->GetDB();
-  if (!CreateTable() || !handler_->AddGeometryColumn("keypoint", "geom", 1001)) {
+  if (!created || !CreateTable() || !handler_->AddGeometryColumn("keypoint", "geom", 1001)) {
     // A half-made scratch file serves nobody: it goes with the connection.
     ReleaseConnection();
-    AnnotationLayerInner::RemoveCacheFile(path_);
-    path_.clear();
+    AnnotationLayerInner::RemoveCacheFile(path);
     return false;
   }
+  path_ = path;
   BuildKeyPoint(feature);
   return true;
 }
