@@ -177,8 +177,9 @@ TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
 
      protected:
       void OnRunTask() override {
-        started.Set();
+        // Copied before announcing the start: the test destroys the object as soon as it hears.
         std::shared_ptr<Signal> r = r_, f = f_;
+        started.Set();
         r->WaitFor(seconds(30));
         f->Set();
       }
