@@ -39,6 +39,11 @@
 #include "LayerOption.h"
 #include "NodeAttribute.h"
 
+// Auxiliary databases.
+#include "NameRecorder.h"
+#include "SpatialiteEditorDB.h"
+#include "SpatialiteNameDB.h"
+
 // Background tasks.
 #include "CriticalLock.h"
 #include "Task.h"

@@ -1,0 +1,595 @@
+// The key-point editor database: the scratch file's life cycle, refused names, building from a
+// feature, insertion, removal and revision of points, extent traversal, picking, the closest point,
+// stepping through a part, writing the points back, and the logged failures.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "AnnotationFeature.h"
+#include "CacheDirScope.h"
+#include "PointBlob.h"
+#include "SpatialiteEditorDB.h"
+#include "SqlStatement.h"
+#include "TempDir.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+struct KeyPointRow {
+  int id = 0;
+  int part = 0;
+  int index = 0;
+  CVector3D point;
+};
+
+CGeometryData Part(std::initializer_list<CVector3D> vertices) {
+  return CGeometryData(std::vector<CVector3D>(vertices));
+}
+
+// Three parts: ids 1..4 in part 0, 5..7 in part 1, 8..9 in part 2.
+void FillThreeParts(CAnnotationFeature& feature) {
+  feature.SetGeometryType(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  feature.AddPart(Part({{0, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}));
+  feature.AddPart(Part({{20, 20, 2}, {30, 20, 2}, {30, 30, 2}}));
+  feature.AddPart(Part({{40, 40, 3}, {50, 40, 3}}));
+}
+
+// Runs `sql` on a second, plain connection to the file.
+bool ExecOnFile(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  bool ok = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
+            sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(db);
+  return ok;
+}
+
+// Every row of the file's keypoint table, in id order, read through a second connection.
+std::vector<KeyPointRow> ReadRows(const std::string& path) {
+  std::vector<KeyPointRow> rows;
+  sqlite3* db = nullptr;
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    CSqlStatement stmt(db, "SELECT id, polygon_index, kpt_index, geom FROM keypoint ORDER BY id",
+                       "[ReadRows]:");
+    while (stmt.StepRow()) {
+      KeyPointRow row;
+      row.id = stmt.ColumnInt(0);
+      row.part = stmt.ColumnInt(1);
+      row.index = stmt.ColumnInt(2);
+      EXPECT_TRUE(AnnotationLayerInner::ReadFirstPoint(stmt.ColumnBlob(3), stmt.ColumnBytes(3),
+                                                       row.point));
+      rows.push_back(row);
+    }
+  }
+  sqlite3_close(db);
+  return rows;
+}
+
+const KeyPointRow* FindRow(const std::vector<KeyPointRow>& rows, int id) {
+  for (const KeyPointRow& row : rows) {
+    if (row.id == id) return &row;
+  }
+  return nullptr;
+}
+
+// Collects what a traversal visits and stops after `stopAfter` points (never when 0).
+class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor {
+ public:
+  explicit CCollectingVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
+  bool VisitKeyPoint(int id, const CVector3D& point) override {
+    ids.push_back(id);
+    points.push_back(point);
+    return stopAfter_ > 0 && static_cast<int>(ids.size()) >= stopAfter_;
+  }
+  std::vector<int> ids;
+  std::vector<CVector3D> points;
+
+ private:
+  int stopAfter_;
+};
+
+EXTENT Extent(double minX, double minY, double maxX, double maxY) {
+  EXTENT extent;
+  extent.min_x = minX;
+  extent.min_y = minY;
+  extent.max_x = maxX;
+  extent.max_y = maxY;
+  return extent;
+}
+
+class EditorDBTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    FillThreeParts(feature_);
+    ASSERT_TRUE(db_.Open("edit", &feature_));
+  }
+  void TearDown() override { db_.Close(); }
+
+  std::string Path() const { return cache_.CacheFile("edit_kpt.db"); }
+
+  CCacheDirScope cache_;
+  CAnnotationFeature feature_;
+  CSpatialiteEditorDB db_;
+};
+
+}  // namespace
+
+// --- File life cycle ------------------------------------------------------------------------
+
+TEST(EditorDBFileTest, OpenCreatesTableAndCloseDeletesFile) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("shape_kpt.db");
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CSpatialiteEditorDB db;
+  EXPECT_FALSE(db.IsOpened());
+  ASSERT_TRUE(db.Open("shape", &feature));
+  EXPECT_TRUE(db.IsOpened());
+  ASSERT_TRUE(FileExists(path));
+
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr));
+  {
+    CSqlStatement table(raw, "SELECT sql FROM sqlite_master WHERE name = 'keypoint'", "[t]:");
+    ASSERT_TRUE(table.StepRow());
+    // SpatiaLite splices the geometry column in before the key.
+    const std::string sql = table.ColumnText(0, false);
+    EXPECT_EQ(0u, sql.find("CREATE TABLE 'keypoint' ('id' integer NOT NULL,'polygon_index' integer ,"
+                           "'kpt_index' integer ,"))
+        << sql;
+    EXPECT_EQ(sql.size() - 19, sql.find("PRIMARY KEY ('id'))")) << sql;
+    CSqlStatement column(raw,
+                         "SELECT geometry_type, srid FROM geometry_columns WHERE "
+                         "f_table_name = 'keypoint' AND f_geometry_column = 'geom'",
+                         "[t]:");
+    ASSERT_TRUE(column.StepRow());
+    EXPECT_EQ(1001, column.ColumnInt(0));
+    EXPECT_EQ(4326, column.ColumnInt(1));
+    CSqlStatement index(raw, "SELECT COUNT(*) FROM idx_keypoint_geom", "[t]:");
+    ASSERT_TRUE(index.StepRow());
+    EXPECT_EQ(9, index.ColumnInt(0));
+  }
+  sqlite3_close(raw);
+
+  EXPECT_TRUE(db.Close());
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_FALSE(FileExists(path));
+  EXPECT_TRUE(db.Close());  // nothing open any more
+}
+
+TEST(EditorDBFileTest, OpenReplacesAnOldFileAndKeepsTheFirstWhenOpenedTwice) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("old_kpt.db");
+  ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CAnnotationFeature other(GEOMETRY_DATA_TYPE_POINT);
+  other.AddPart(Part({{1, 1, 1}}));
+
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("old", &feature));
+  EXPECT_EQ(9u, ReadRows(path).size());
+  EXPECT_TRUE(db.Open("second", &other));
+  EXPECT_FALSE(FileExists(cache.CacheFile("second_kpt.db")));
+  EXPECT_EQ(9u, ReadRows(path).size());
+  db.Close();
+  EXPECT_FALSE(FileExists(path));
+}
+
+TEST(EditorDBFileTest, DestroyingWithoutCloseLeavesTheFileForTheNextOpen) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("left_kpt.db");
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  {
+    CSpatialiteEditorDB db;
+    ASSERT_TRUE(db.Open("left", &feature));
+  }
+  ASSERT_TRUE(FileExists(path));
+  EXPECT_EQ(9u, ReadRows(path).size());
+
+  CAnnotationFeature single(GEOMETRY_DATA_TYPE_POINT);
+  single.AddPart(Part({{7, 7, 7}}));
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("left", &single));
+  const std::vector<KeyPointRow> rows = ReadRows(path);
+  ASSERT_EQ(1u, rows.size());
+  EXPECT_EQ(1, rows[0].id);
+  EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
+  db.Close();
+}
+
+TEST(EditorDBFileTest, NonAsciiNameInTheLocalCodePage) {
+  CCacheDirScope cache;
+  const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &feature));
+  const std::string onDisk = cache.CacheFile(utf8Name + "_kpt.db");
+  EXPECT_TRUE(FileExists(onDisk));
+  EXPECT_EQ(9u, ReadRows(onDisk).size());
+  db.Close();
+  EXPECT_FALSE(FileExists(onDisk));
+}
+
+TEST(EditorDBFileTest, RefusedNamesTouchNoFile) {
+  CCacheDirScope cache;
+  // Files where a careless path would land: beside the cache directory and at its root.
+  const std::string outside = cache.DataDir() + "x_kpt.db";
+  ASSERT_TRUE(WriteFileBytes(outside, "keep"));
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  const std::string absolute = cache.DataDir() + "abs";
+  const std::vector<std::string> names = {"../x", absolute, "sub/x", "..\\x", "", "a\\b",
+                                          std::string("x\0y", 3)};
+  for (const std::string& name : names) {
+    CZuLogCapture capture;
+    CSpatialiteEditorDB db;
+    EXPECT_FALSE(db.Open(name, &feature)) << name;
+    EXPECT_FALSE(db.IsOpened());
+    EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:")) << name;
+    EXPECT_EQ(1u, capture.Lines().size()) << name;
+    EXPECT_TRUE(db.Close());
+  }
+  EXPECT_EQ("keep", ReadFileBytes(outside));
+  EXPECT_FALSE(FileExists(absolute + "_kpt.db"));
+  EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
+
+  // ".." without a separator is an ordinary file name inside the cache directory.
+  CSpatialiteEditorDB dots;
+  ASSERT_TRUE(dots.Open("..", &feature));
+  EXPECT_TRUE(FileExists(cache.CacheFile(".._kpt.db")));
+  dots.Close();
+  EXPECT_FALSE(FileExists(cache.CacheFile(".._kpt.db")));
+}
+
+TEST(EditorDBFileTest, MissingCacheDirectoryFailsCleanly) {
+  CCacheDirScope cache;
+  std::filesystem::remove(cache.CacheDir());
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CZuLogCapture capture;
+  CSpatialiteEditorDB db;
+  EXPECT_FALSE(db.Open("nowhere", &feature));
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
+  EXPECT_FALSE(FileExists(cache.CacheDir()));
+  EXPECT_TRUE(db.Close());
+}
+
+TEST(EditorDBFileTest, DirectoryInTheWayIsNotRemoved) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("dir_kpt.db");
+  ASSERT_TRUE(std::filesystem::create_directory(path));
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CZuLogCapture capture;
+  CSpatialiteEditorDB db;
+  EXPECT_FALSE(db.Open("dir", &feature));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:"));
+  EXPECT_TRUE(std::filesystem::is_directory(path));
+}
+
+TEST(EditorDBFileTest, FeatureWithoutGeometryOpensAnEmptyDatabase) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("empty_kpt.db");
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("empty", &feature));
+  EXPECT_TRUE(ReadRows(path).empty());
+  CVector3D out;
+  EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), 100));
+  EXPECT_TRUE(db.CombineToData(&feature));
+  EXPECT_EQ(0, feature.GetPartCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, feature.GetGeometryType());
+  db.Close();
+
+  CSpatialiteEditorDB none;
+  ASSERT_TRUE(none.Open("null", nullptr));
+  EXPECT_TRUE(ReadRows(cache.CacheFile("null_kpt.db")).empty());
+  none.Close();
+}
+
+TEST(EditorDBFileTest, ClosedDatabaseFailsSilently) {
+  CCacheDirScope cache;
+  CZuLogCapture capture;
+  CSpatialiteEditorDB db;
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CVector3D out(1, 2, 3);
+  CCollectingVisitor visitor;
+  EXPECT_EQ(-1, db.InsertKeyPoint(1, CVector3D()));
+  EXPECT_FALSE(db.RemoveKeyPoint(1));
+  EXPECT_FALSE(db.ReviseKeyPoint(1, CVector3D()));
+  db.TravelViaExtent(Extent(-100, -100, 100, 100), 0, visitor);
+  EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(), 100));
+  EXPECT_EQ(-1, db.QueryClosestKeyPoint(out, Extent(-100, -100, 100, 100), CVector3D()));
+  EXPECT_FALSE(db.QuerySiblingKeyPoint(out, 1, true));
+  EXPECT_FALSE(db.CombineToData(&feature));
+  EXPECT_TRUE(visitor.ids.empty());
+  EXPECT_EQ(CVector3D(1, 2, 3), out);
+  EXPECT_EQ(3, feature.GetPartCount());
+  EXPECT_TRUE(capture.Lines().empty());
+}
+
+// --- Building and editing ----------------------------------------------------------------------
+
+TEST_F(EditorDBTest, BuildsOneRowPerVertexWithPartAndPosition) {
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  ASSERT_EQ(9u, rows.size());
+  const int parts[] = {0, 0, 0, 0, 1, 1, 1, 2, 2};
+  const int indices[] = {0, 1, 2, 3, 0, 1, 2, 0, 1};
+  for (size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(static_cast<int>(i) + 1, rows[i].id);
+    EXPECT_EQ(parts[i], rows[i].part);
+    EXPECT_EQ(indices[i], rows[i].index);
+    EXPECT_EQ(feature_.GetPart(parts[i]).At(indices[i]), rows[i].point);
+  }
+}
+
+TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumber) {
+  CCacheDirScope cache;
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTILINESTRING);
+  feature.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
+  feature.AddPart(CGeometryData());
+  feature.AddPart(Part({{3, 3, 0}}));
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("gap", &feature));
+  const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile("gap_kpt.db"));
+  ASSERT_EQ(3u, rows.size());
+  EXPECT_EQ(2, rows[2].part);
+  EXPECT_EQ(0, rows[2].index);
+  // Written back, the empty part is gone.
+  ASSERT_TRUE(db.CombineToData(&feature));
+  ASSERT_EQ(2, feature.GetPartCount());
+  EXPECT_EQ(Part({{3, 3, 0}}), feature.GetPart(1));
+  db.Close();
+}
+
+TEST_F(EditorDBTest, InsertAfterTheLastPointAppends) {
+  const int id = db_.InsertKeyPoint(9, CVector3D(60, 40, 3));
+  EXPECT_EQ(10, id);
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  const KeyPointRow* row = FindRow(rows, id);
+  ASSERT_NE(nullptr, row);
+  EXPECT_EQ(2, row->part);
+  EXPECT_EQ(FindRow(rows, 9)->index + 1, row->index);
+  EXPECT_EQ(CVector3D(60, 40, 3), row->point);
+  EXPECT_EQ(1, FindRow(rows, 9)->index);  // the old last point stays
+}
+
+TEST_F(EditorDBTest, InsertAfterTheFirstPointShiftsTheLaterOnes) {
+  const int id = db_.InsertKeyPoint(1, CVector3D(5, 0, 1));
+  ASSERT_EQ(10, id);
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  EXPECT_EQ(0, FindRow(rows, 1)->index);
+  EXPECT_EQ(1, FindRow(rows, 10)->index);
+  EXPECT_EQ(2, FindRow(rows, 2)->index);
+  EXPECT_EQ(3, FindRow(rows, 3)->index);
+  EXPECT_EQ(4, FindRow(rows, 4)->index);
+  // Other parts are untouched.
+  EXPECT_EQ(0, FindRow(rows, 5)->index);
+  EXPECT_EQ(2, FindRow(rows, 7)->index);
+  EXPECT_EQ(1, FindRow(rows, 9)->index);
+}
+
+TEST_F(EditorDBTest, InsertRefusesUnknownAndNegativeIds) {
+  CZuLogCapture capture;
+  EXPECT_EQ(-1, db_.InsertKeyPoint(-1, CVector3D()));
+  EXPECT_TRUE(capture.Lines().empty());
+  EXPECT_EQ(-1, db_.InsertKeyPoint(99, CVector3D()));
+  EXPECT_EQ(1, capture.Count("[InsertKeyPoint_Query]:"));
+  EXPECT_EQ(9u, ReadRows(Path()).size());
+}
+
+TEST_F(EditorDBTest, RemoveLeavesAGapAndSiblingsStepOverIt) {
+  EXPECT_TRUE(db_.RemoveKeyPoint(6));
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  EXPECT_EQ(nullptr, FindRow(rows, 6));
+  EXPECT_EQ(2, FindRow(rows, 7)->index);  // not renumbered
+  CVector3D out;
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));
+  EXPECT_EQ(CVector3D(30, 30, 2), out);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 7, false));
+  EXPECT_EQ(CVector3D(20, 20, 2), out);
+
+  EXPECT_FALSE(db_.RemoveKeyPoint(-3));
+  EXPECT_TRUE(db_.RemoveKeyPoint(6));  // nothing left to delete, the statement still succeeds
+  EXPECT_EQ(8u, ReadRows(Path()).size());
+}
+
+TEST_F(EditorDBTest, ReviseMovesThePointUnderANewId) {
+  ASSERT_TRUE(db_.ReviseKeyPoint(5, CVector3D(21, 22, 23)));
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  EXPECT_EQ(nullptr, FindRow(rows, 5));
+  const KeyPointRow* moved = FindRow(rows, 10);
+  ASSERT_NE(nullptr, moved);
+  EXPECT_EQ(1, moved->part);
+  EXPECT_EQ(0, moved->index);
+  EXPECT_EQ(CVector3D(21, 22, 23), moved->point);
+  CVector3D out;
+  EXPECT_EQ(10, db_.QueryPickedKeyPoint(out, CVector3D(21, 22, 0), 0.5));
+  EXPECT_EQ(CVector3D(21, 22, 23), out);
+  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(20, 20, 0), 0.5));
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.ReviseKeyPoint(5, CVector3D()));
+  EXPECT_EQ(1, capture.Count("[ReviseKeyPoint_Query]:"));
+  EXPECT_FALSE(db_.ReviseKeyPoint(-5, CVector3D()));
+  EXPECT_EQ(1u, capture.Lines().size());
+  EXPECT_EQ(9u, ReadRows(Path()).size());
+}
+
+// --- Queries ----------------------------------------------------------------------------------
+
+TEST_F(EditorDBTest, TravelViaExtentVisitsStrictlyInsideAndHonoursLimitAndStop) {
+  CCollectingVisitor all;
+  db_.TravelViaExtent(Extent(-1, -1, 11, 11), 0, all);
+  EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), all.ids);
+  EXPECT_EQ(CVector3D(10, 10, 1), all.points[2]);
+
+  CCollectingVisitor negative;
+  db_.TravelViaExtent(Extent(-100, -100, 100, 100), -1, negative);
+  EXPECT_EQ(9u, negative.ids.size());
+
+  CCollectingVisitor limited;
+  db_.TravelViaExtent(Extent(-100, -100, 100, 100), 3, limited);
+  EXPECT_EQ(3u, limited.ids.size());
+
+  CCollectingVisitor stopping(2);
+  db_.TravelViaExtent(Extent(-100, -100, 100, 100), 0, stopping);
+  EXPECT_EQ(2u, stopping.ids.size());
+
+  // The part's corners lie on this extent's edges: none is strictly inside.
+  CCollectingVisitor edges;
+  db_.TravelViaExtent(Extent(0, 0, 10, 10), 0, edges);
+  EXPECT_TRUE(edges.ids.empty());
+}
+
+TEST_F(EditorDBTest, PickUsesAStrictSquareAndTheLastRowWins) {
+  CVector3D out(-1, -1, -1);
+  EXPECT_EQ(3, db_.QueryPickedKeyPoint(out, CVector3D(9.5, 9.5, 500), 1));  // z ignored
+  EXPECT_EQ(CVector3D(10, 10, 1), out);
+  // (10, 10) sits exactly on the edge of the square around (9, 9) with half side 1.
+  out = CVector3D(-1, -1, -1);
+  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(9, 9, 0), 1));
+  EXPECT_EQ(CVector3D(-1, -1, -1), out);
+  EXPECT_EQ(3, db_.QueryPickedKeyPoint(out, CVector3D(9, 9, 0), 1.5));
+
+  // Two points in the square: the later row is the answer.
+  ASSERT_EQ(10, db_.InsertKeyPoint(1, CVector3D(0.5, 0.5, 9)));
+  EXPECT_EQ(10, db_.QueryPickedKeyPoint(out, CVector3D(0.25, 0.25, 0), 1));
+  EXPECT_EQ(CVector3D(0.5, 0.5, 9), out);
+  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(0.25, 0.25, 0), -1));  // empty square
+}
+
+TEST_F(EditorDBTest, ClosestPointByIndexCornerInsideTheExtent) {
+  CVector3D out;
+  EXPECT_EQ(2, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11), CVector3D(9, 1, 0)));
+  EXPECT_EQ(CVector3D(10, 0, 1), out);
+  EXPECT_EQ(4, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11), CVector3D(-50, 50, 0)));
+  EXPECT_EQ(CVector3D(0, 10, 1), out);
+  // Outside the extent nothing counts, however close.
+  EXPECT_EQ(7, db_.QueryClosestKeyPoint(out, Extent(25, 25, 100, 100), CVector3D(0, 0, 0)));
+  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, Extent(0, 0, 10, 10), CVector3D(5, 5, 0)));
+}
+
+TEST_F(EditorDBTest, SiblingsStayInTheirPartWithoutWrapAround) {
+  CVector3D out(-1, -1, -1);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 1, true));
+  EXPECT_EQ(CVector3D(10, 0, 1), out);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 3, false));
+  EXPECT_EQ(CVector3D(10, 0, 1), out);
+  out = CVector3D(-1, -1, -1);
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 4, true));   // last of part 0, part 1 follows
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 5, false));  // first of part 1
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 9, true));
+  EXPECT_EQ(CVector3D(-1, -1, -1), out);
+
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 42, true));
+  EXPECT_EQ(1, capture.Count("[QuerySiblingKeyPoint_Query]:"));
+}
+
+TEST_F(EditorDBTest, BadNumbersFailWithTheirTags) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  CZuLogCapture capture;
+  CCollectingVisitor visitor;
+  db_.TravelViaExtent(Extent(nan, 0, 10, 10), 0, visitor);
+  EXPECT_TRUE(visitor.ids.empty());
+  EXPECT_EQ(1, capture.Count("[EditorDB::TravelViaExtent]:"));
+  CVector3D out;
+  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), nan));
+  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11),
+                                         CVector3D(std::numeric_limits<double>::infinity(), 0, 0)));
+  EXPECT_EQ(2, capture.Count("[QueryPickedKeyPoint_intersected]:"));
+  EXPECT_EQ(3u, capture.Lines().size());
+}
+
+TEST_F(EditorDBTest, LostTableFailsEveryOperationWithItsTag) {
+  ASSERT_TRUE(ExecOnFile(Path(), "DROP TABLE keypoint"));
+  CZuLogCapture capture;
+  EXPECT_EQ(-1, db_.InsertKeyPoint(1, CVector3D()));
+  EXPECT_EQ(1, capture.Count("[InsertKeyPoint_Query]:"));
+  EXPECT_FALSE(db_.RemoveKeyPoint(1));
+  EXPECT_EQ(1, capture.Count("[RemoveKeyPoint]:"));
+  EXPECT_FALSE(db_.ReviseKeyPoint(1, CVector3D()));
+  EXPECT_EQ(1, capture.Count("[ReviseKeyPoint_Query]:"));
+  CVector3D out;
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 1, true));
+  EXPECT_EQ(1, capture.Count("[QuerySiblingKeyPoint_Query]:"));
+  const int partsBefore = feature_.GetPartCount();
+  EXPECT_FALSE(db_.CombineToData(&feature_));
+  EXPECT_EQ(1, capture.Count("[CombineToData_Query]:"));
+  EXPECT_EQ(partsBefore, feature_.GetPartCount());
+  EXPECT_TRUE(db_.Close());
+  EXPECT_FALSE(FileExists(Path()));
+}
+
+// --- Writing back -----------------------------------------------------------------------------
+
+TEST_F(EditorDBTest, CombineDropsEmptiedPartsAndClosesUpTheNumbering) {
+  ASSERT_TRUE(db_.RemoveKeyPoint(5));
+  ASSERT_TRUE(db_.RemoveKeyPoint(6));
+  ASSERT_TRUE(db_.RemoveKeyPoint(7));
+  CAnnotationFeature target(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  target.AddPart(Part({{99, 99, 99}}));
+  ASSERT_TRUE(db_.CombineToData(&target));
+  ASSERT_EQ(2, target.GetPartCount());
+  EXPECT_EQ(feature_.GetPart(0), target.GetPart(0));
+  EXPECT_EQ(feature_.GetPart(2), target.GetPart(1));
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, target.GetGeometryType());
+  EXPECT_FALSE(db_.CombineToData(nullptr));
+}
+
+TEST_F(EditorDBTest, FullEditingSession) {
+  // Insert a vertex on the first edge, drop the middle vertex of part 1, move the first vertex of
+  // part 2, then find and step through the result.
+  const int inserted = db_.InsertKeyPoint(1, CVector3D(5, 0, 1));
+  ASSERT_EQ(10, inserted);
+  ASSERT_TRUE(db_.RemoveKeyPoint(6));
+  ASSERT_TRUE(db_.ReviseKeyPoint(8, CVector3D(45, 45, 3)));
+
+  CVector3D out;
+  const int moved = db_.QueryPickedKeyPoint(out, CVector3D(45, 45, 0), 0.5);
+  EXPECT_EQ(11, moved);
+  EXPECT_EQ(CVector3D(45, 45, 3), out);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, moved, true));
+  EXPECT_EQ(CVector3D(50, 40, 3), out);
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, moved, false));
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, true));
+  EXPECT_EQ(CVector3D(10, 0, 1), out);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, false));
+  EXPECT_EQ(CVector3D(0, 0, 1), out);
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));
+  EXPECT_EQ(CVector3D(30, 30, 2), out);
+
+  ASSERT_TRUE(db_.CombineToData(&feature_));
+  ASSERT_EQ(3, feature_.GetPartCount());
+  EXPECT_EQ(Part({{0, 0, 1}, {5, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}), feature_.GetPart(0));
+  EXPECT_EQ(Part({{20, 20, 2}, {30, 30, 2}}), feature_.GetPart(1));
+  EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}}), feature_.GetPart(2));
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, feature_.GetGeometryType());
+
+  // Combining again gives the same parts; the database is unchanged by it.
+  CAnnotationFeature again(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  ASSERT_TRUE(db_.CombineToData(&again));
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(feature_.GetPart(i), again.GetPart(i));
+
+  EXPECT_TRUE(db_.Close());
+  EXPECT_FALSE(FileExists(Path()));
+  // The edited feature opens as it now is.
+  CSpatialiteEditorDB reopened;
+  ASSERT_TRUE(reopened.Open("edit", &feature_));
+  EXPECT_EQ(9u, ReadRows(Path()).size());
+  reopened.Close();
+}

@@ -1,0 +1,460 @@
+// The name database and its records: the file's life cycle and the one long transaction, refused
+// names and uuids, insertion, modification, deletion, queries, the extent traversal, record
+// equality and conversion to styles.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "CacheDirScope.h"
+#include "FeatureLabelStyle.h"
+#include "FeaturePenStyle.h"
+#include "FeatureStyleSet.h"
+#include "NameRecorder.h"
+#include "SpatialiteNameDB.h"
+#include "SqlStatement.h"
+#include "StyleJson.h"
+#include "TempDir.h"
+#include "TextConversion.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+CNameRecorder Record(const std::string& uuid, double x, double y, double z = 0) {
+  CNameRecorder record;
+  record.uuid = uuid;
+  record.name = "name of " + uuid;
+  record.data = "data of " + uuid;
+  record.style = "{\"label\":{\"f\":\"Arial\",\"s\":12}}";
+  record.position = CVector3D(x, y, z);
+  return record;
+}
+
+EXTENT Extent(double minX, double minY, double maxX, double maxY) {
+  EXTENT extent;
+  extent.min_x = minX;
+  extent.min_y = minY;
+  extent.max_x = maxX;
+  extent.max_y = maxY;
+  return extent;
+}
+
+// Rows of the file's name table, counted through a second connection: what has been committed.
+int CommittedRows(const std::string& path) {
+  sqlite3* db = nullptr;
+  int count = -1;
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    CSqlStatement stmt(db, "SELECT COUNT(*) FROM name", "[CommittedRows]:");
+    if (stmt.StepRow()) count = stmt.ColumnInt(0);
+  }
+  sqlite3_close(db);
+  return count;
+}
+
+class CCollectingNameVisitor : public CSpatialiteNameDB::INameVisitor {
+ public:
+  explicit CCollectingNameVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
+  bool VisitName(const CNameRecorder& record) override {
+    records.push_back(record);
+    return stopAfter_ > 0 && static_cast<int>(records.size()) >= stopAfter_;
+  }
+  std::vector<std::string> Uuids() const {
+    std::vector<std::string> uuids;
+    for (const CNameRecorder& record : records) uuids.push_back(record.uuid);
+    return uuids;
+  }
+  std::vector<CNameRecorder> records;
+
+ private:
+  int stopAfter_;
+};
+
+class NameDBTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(db_.Open("labels")); }
+  void TearDown() override { db_.Close(); }
+
+  std::string Path() const { return cache_.CacheFile("name_cluster_labels.db"); }
+
+  CCacheDirScope cache_;
+  CSpatialiteNameDB db_;
+};
+
+}  // namespace
+
+// --- Records ----------------------------------------------------------------------------------
+
+TEST(NameRecorderTest, DefaultCopyAndAssignment) {
+  CNameRecorder empty;
+  EXPECT_TRUE(empty.uuid.empty() && empty.name.empty() && empty.data.empty() &&
+              empty.style.empty());
+  EXPECT_EQ(CVector3D(0, 0, 0), empty.position);
+
+  const CNameRecorder record = Record("u1", 1, 2, 3);
+  CNameRecorder copy(record);
+  EXPECT_EQ(record, copy);
+  CNameRecorder assigned;
+  assigned = record;
+  EXPECT_EQ(record, assigned);
+  EXPECT_NE(record, empty);
+}
+
+TEST(NameRecorderTest, EveryFieldTakesPartInEquality) {
+  const CNameRecorder base = Record("u1", 1, 2, 3);
+  CNameRecorder other = base;
+  other.uuid = "u2";
+  EXPECT_NE(base, other);
+  other = base;
+  other.name += "x";
+  EXPECT_NE(base, other);
+  other = base;
+  other.data = "";
+  EXPECT_NE(base, other);
+  other = base;
+  other.style = "{}";
+  EXPECT_NE(base, other);
+  other = base;
+  other.position = CVector3D(1, 2, 4);
+  EXPECT_NE(base, other);
+  // Bytes, not C strings: an embedded NUL counts.
+  other = base;
+  other.name = std::string("a\0b", 3);
+  CNameRecorder shorter = base;
+  shorter.name = "a";
+  EXPECT_NE(shorter, other);
+}
+
+TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
+  CFeatureStyleSet source;
+  auto* label = new CFeatureLabelStyle;
+  label->SetFontName("SimHei");
+  label->SetSize(14);
+  label->SetBold(true);
+  source.PushBack(label);
+  CNameRecorder record;
+  record.style = AnnotationLayerNS::ToJsonStyle(&source);
+
+  CFeatureStyleSet styles;
+  ASSERT_TRUE(record.ConvertToStyle(&styles));
+  ASSERT_EQ(1, styles.GetCount());
+  const auto* read = dynamic_cast<const CFeatureLabelStyle*>(styles.At(0));
+  ASSERT_NE(nullptr, read);
+  EXPECT_EQ("SimHei", read->GetFontName());
+  EXPECT_EQ(14, read->GetSize());
+  EXPECT_TRUE(read->IsBold());
+
+  CNameRecorder broken;
+  broken.style = "not json";
+  CFeatureStyleSet untouched;
+  EXPECT_FALSE(broken.ConvertToStyle(&untouched));
+  EXPECT_TRUE(untouched.IsEmpty());
+  EXPECT_FALSE(record.ConvertToStyle(nullptr));
+}
+
+// --- File life cycle --------------------------------------------------------------------------
+
+TEST(NameDBFileTest, OpenRecreatesTheFileAndCloseKeepsIt) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_a.db");
+  ASSERT_TRUE(WriteFileBytes(path, std::string(4096, 'x')));  // not a database at all
+  CSpatialiteNameDB db;
+  EXPECT_FALSE(db.IsOpened());
+  ASSERT_TRUE(db.Open("a"));
+  EXPECT_TRUE(db.IsOpened());
+  ASSERT_TRUE(FileExists(path));
+  ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+  ASSERT_TRUE(db.InsertName(Record("u2", 2, 2)));
+  EXPECT_TRUE(db.Close());
+  EXPECT_FALSE(db.IsOpened());
+  ASSERT_TRUE(FileExists(path));
+  EXPECT_EQ(2, CommittedRows(path));
+  EXPECT_TRUE(db.Close());
+
+  ASSERT_TRUE(db.Open("a"));
+  EXPECT_FALSE(db.IsExistName("u1"));
+  EXPECT_EQ(0, CommittedRows(path));
+  db.Close();
+}
+
+TEST(NameDBFileTest, TableAndGeometryColumnAsDeclared) {
+  CCacheDirScope cache;
+  CSpatialiteNameDB db;
+  ASSERT_TRUE(db.Open("schema"));
+  db.Close();
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(cache.CacheFile("name_cluster_schema.db").c_str(), &raw,
+                                       SQLITE_OPEN_READONLY, nullptr));
+  {
+    CSqlStatement table(raw, "SELECT sql FROM sqlite_master WHERE name = 'name'", "[t]:");
+    ASSERT_TRUE(table.StepRow());
+    // SpatiaLite splices the geometry column in before the key.
+    const std::string sql = table.ColumnText(0, false);
+    EXPECT_EQ(0u, sql.find("CREATE TABLE 'name' ('uuid' varchar(32) NOT NULL,'name' varchar(32),"
+                           "'data' varchar(128),'style' text(65535),"))
+        << sql;
+    EXPECT_EQ(sql.size() - 21, sql.find("PRIMARY KEY ('uuid'))")) << sql;
+    CSqlStatement column(raw,
+                         "SELECT geometry_type, srid FROM geometry_columns WHERE "
+                         "f_table_name = 'name' AND f_geometry_column = 'geom'",
+                         "[t]:");
+    ASSERT_TRUE(column.StepRow());
+    EXPECT_EQ(1001, column.ColumnInt(0));
+    EXPECT_EQ(4326, column.ColumnInt(1));
+    CSqlStatement index(raw, "SELECT COUNT(*) FROM idx_name_geom", "[t]:");
+    EXPECT_TRUE(index.StepRow());
+  }
+  sqlite3_close(raw);
+}
+
+TEST(NameDBFileTest, OpenTwiceKeepsTheFirstFile) {
+  CCacheDirScope cache;
+  CSpatialiteNameDB db;
+  ASSERT_TRUE(db.Open("first"));
+  ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+  EXPECT_TRUE(db.Open("second"));
+  EXPECT_FALSE(FileExists(cache.CacheFile("name_cluster_second.db")));
+  EXPECT_TRUE(db.IsExistName("u1"));
+  db.Close();
+}
+
+TEST(NameDBFileTest, ChangesStayUncommittedUntilClose) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_pending.db");
+  CSpatialiteNameDB db;
+  ASSERT_TRUE(db.Open("pending"));
+  ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+  EXPECT_TRUE(db.IsExistName("u1"));
+  EXPECT_EQ(0, CommittedRows(path));
+  db.Close();
+  EXPECT_EQ(1, CommittedRows(path));
+}
+
+TEST(NameDBFileTest, NotClosedLeavesAnEmptyTable) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_dropped.db");
+  {
+    CSpatialiteNameDB db;
+    ASSERT_TRUE(db.Open("dropped"));
+    ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+    ASSERT_TRUE(db.InsertName(Record("u2", 2, 2)));
+  }
+  ASSERT_TRUE(FileExists(path));
+  EXPECT_EQ(0, CommittedRows(path));
+}
+
+TEST(NameDBFileDeathTest, ProcessEndingWithoutCloseLeavesAnEmptyTable) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_ended.db");
+  // The child process exits at once, with the transaction open and no destructor run.
+  EXPECT_EXIT(
+      {
+        CSpatialiteNameDB db;
+        if (!db.Open("ended") || !db.InsertName(Record("u1", 1, 1))) std::_Exit(3);
+        std::_Exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+  ASSERT_TRUE(FileExists(path));
+  EXPECT_EQ(0, CommittedRows(path));
+  // The next Open starts from a fresh file.
+  CSpatialiteNameDB db;
+  ASSERT_TRUE(db.Open("ended"));
+  EXPECT_FALSE(db.IsExistName("u1"));
+  db.Close();
+}
+
+TEST(NameDBFileTest, RefusedNamesTouchNoFile) {
+  CCacheDirScope cache;
+  const std::string outside = cache.DataDir() + "name_cluster_.db";
+  ASSERT_TRUE(WriteFileBytes(outside, "keep"));
+  const std::string beside = cache.DataDir() + "x.db";
+  ASSERT_TRUE(WriteFileBytes(beside, "keep"));
+  const std::string absolute = cache.DataDir() + "abs";
+  // "name_cluster_" + "../../x" would reach the data directory's parent; "/../x" its root.
+  const std::vector<std::string> names = {"../x", "/../x", absolute, "a/b", "a\\b", "",
+                                          std::string("a\0b", 3)};
+  for (const std::string& name : names) {
+    CZuLogCapture capture;
+    CSpatialiteNameDB db;
+    EXPECT_FALSE(db.Open(name)) << name;
+    EXPECT_FALSE(db.IsOpened());
+    EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::Open]:")) << name;
+    EXPECT_EQ(1u, capture.Lines().size()) << name;
+    EXPECT_TRUE(db.Close());
+  }
+  EXPECT_EQ("keep", ReadFileBytes(outside));
+  EXPECT_EQ("keep", ReadFileBytes(beside));
+  EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
+}
+
+TEST(NameDBFileTest, MissingCacheDirectoryFailsCleanly) {
+  CCacheDirScope cache;
+  std::filesystem::remove(cache.CacheDir());
+  CZuLogCapture capture;
+  CSpatialiteNameDB db;
+  EXPECT_FALSE(db.Open("nowhere"));
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
+  EXPECT_FALSE(FileExists(cache.CacheDir()));
+}
+
+TEST(NameDBFileTest, ClosedDatabaseFailsSilently) {
+  CCacheDirScope cache;
+  CZuLogCapture capture;
+  CSpatialiteNameDB db;
+  CCollectingNameVisitor visitor;
+  db.TravelViaExtent(Extent(-180, -90, 180, 90), 0, visitor);
+  EXPECT_TRUE(visitor.records.empty());
+  EXPECT_FALSE(db.InsertName(Record("u1", 1, 1)));
+  EXPECT_FALSE(db.ModifyName(Record("u1", 1, 1)));
+  EXPECT_FALSE(db.DeleteName("u1"));
+  EXPECT_FALSE(db.DeleteAll());
+  EXPECT_FALSE(db.IsExistName("u1"));
+  EXPECT_EQ(CNameRecorder(), db.QueryNameRecorder("u1"));
+  EXPECT_TRUE(capture.Lines().empty());
+}
+
+// --- Rows -------------------------------------------------------------------------------------
+
+TEST_F(NameDBTest, InsertAndQueryRoundTrip) {
+  CNameRecorder record = Record("u1", 116.25, 39.5, 48.75);
+  record.name = Utf8ToLocal("\xe5\x8c\x97\xe4\xba\xac");  // "北京"
+  record.data = Utf8ToLocal("\xe6\x95\xb0\xe6\x8d\xae 7");  // "数据 7"
+  ASSERT_TRUE(db_.InsertName(record));
+  EXPECT_TRUE(db_.IsExistName("u1"));
+  EXPECT_EQ(record, db_.QueryNameRecorder("u1"));
+
+  // Stored as UTF-8.
+  sqlite3* raw = nullptr;
+  db_.Close();
+  ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(Path().c_str(), &raw, SQLITE_OPEN_READONLY, nullptr));
+  {
+    CSqlStatement stmt(raw, "SELECT name, data FROM name WHERE uuid = 'u1'", "[t]:");
+    ASSERT_TRUE(stmt.StepRow());
+    EXPECT_EQ("\xe5\x8c\x97\xe4\xba\xac", stmt.ColumnText(0, false));
+    EXPECT_EQ("\xe6\x95\xb0\xe6\x8d\xae 7", stmt.ColumnText(1, false));
+  }
+  sqlite3_close(raw);
+}
+
+TEST_F(NameDBTest, UnknownUuidGivesARecordHoldingOnlyThatUuid) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  const CNameRecorder unknown = db_.QueryNameRecorder("nobody");
+  EXPECT_EQ("nobody", unknown.uuid);
+  CNameRecorder expected;
+  expected.uuid = "nobody";
+  EXPECT_EQ(expected, unknown);
+  EXPECT_FALSE(db_.IsExistName("nobody"));
+}
+
+TEST_F(NameDBTest, DuplicateUuidFailsOnThePrimaryKey) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.InsertName(Record("u1", 5, 5)));
+  EXPECT_EQ(1, capture.Count("[InsertName]:"));
+  EXPECT_EQ(CVector3D(1, 1, 0), db_.QueryNameRecorder("u1").position);
+}
+
+TEST_F(NameDBTest, ModifyReplacesOrInserts) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  CNameRecorder changed = Record("u1", 7, 8, 9);
+  changed.name = "renamed";
+  ASSERT_TRUE(db_.ModifyName(changed));
+  EXPECT_EQ(changed, db_.QueryNameRecorder("u1"));
+  // The index follows the move.
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(Extent(0, 0, 2, 2), 0, visitor);
+  EXPECT_TRUE(visitor.records.empty());
+
+  ASSERT_TRUE(db_.ModifyName(Record("fresh", 3, 3)));
+  EXPECT_TRUE(db_.IsExistName("fresh"));
+}
+
+TEST_F(NameDBTest, DeleteOneAndAll) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  ASSERT_TRUE(db_.InsertName(Record("u2", 2, 2)));
+  ASSERT_TRUE(db_.InsertName(Record("u3", 3, 3)));
+  EXPECT_TRUE(db_.DeleteName("u2"));
+  EXPECT_FALSE(db_.IsExistName("u2"));
+  EXPECT_TRUE(db_.IsExistName("u1"));
+  EXPECT_TRUE(db_.DeleteName("u2"));  // no row matched; the statement still ran
+  EXPECT_TRUE(db_.DeleteAll());
+  EXPECT_FALSE(db_.IsExistName("u1"));
+  EXPECT_FALSE(db_.IsExistName("u3"));
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(Extent(-180, -90, 180, 90), 0, visitor);
+  EXPECT_TRUE(visitor.records.empty());
+}
+
+TEST_F(NameDBTest, UuidsWithAQuoteAreRefused) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  ASSERT_TRUE(db_.InsertName(Record("u2", 2, 2)));
+  const std::string injected = "x' OR '1'='1";
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.DeleteName(injected));
+  EXPECT_EQ(1, capture.Count("[DeleteName]:"));
+  EXPECT_FALSE(db_.IsExistName(injected));
+  EXPECT_EQ(1, capture.Count("[IsExistNode-Feature]:"));
+  EXPECT_EQ(CNameRecorder(), db_.QueryNameRecorder(injected));
+  EXPECT_EQ(1, capture.Count("[QueryNameRecorder]:"));
+  EXPECT_FALSE(db_.InsertName(Record("it's", 3, 3)));
+  EXPECT_EQ(1, capture.Count("[InsertName]:"));
+  EXPECT_FALSE(db_.ModifyName(Record(injected, 3, 3)));
+  EXPECT_EQ(2, capture.Count("[DeleteName]:"));
+  EXPECT_EQ(5u, capture.Lines().size());
+  EXPECT_TRUE(db_.IsExistName("u1"));
+  EXPECT_TRUE(db_.IsExistName("u2"));
+}
+
+// --- Extent traversal -------------------------------------------------------------------------
+
+TEST_F(NameDBTest, TheFourCornerRingIsAcceptedAndOverlappingLabelsAreVisited) {
+  // SpatiaLite 5.0's WKT reader takes the ring without its closing corner, so the traversal runs
+  // as written rather than logging the rejected ring.
+  ASSERT_TRUE(db_.InsertName(Record("in1", 1, 1, 5)));
+  ASSERT_TRUE(db_.InsertName(Record("in2", 2, 3)));
+  ASSERT_TRUE(db_.InsertName(Record("out", 20, 20)));
+  ASSERT_TRUE(db_.InsertName(Record("edge", 4, 2)));  // on the extent's right edge
+  CZuLogCapture capture;
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(Extent(0, 0, 4, 4), 0, visitor);
+  EXPECT_EQ((std::vector<std::string>{"in1", "in2"}), visitor.Uuids());
+  EXPECT_TRUE(capture.Lines().empty());
+  // Only uuid and position travel.
+  ASSERT_EQ(2u, visitor.records.size());
+  CNameRecorder expected;
+  expected.uuid = "in1";
+  expected.position = CVector3D(1, 1, 5);
+  EXPECT_EQ(expected, visitor.records[0]);
+}
+
+TEST_F(NameDBTest, TravelHonoursLimitAndStop) {
+  for (int i = 0; i < 6; ++i) ASSERT_TRUE(db_.InsertName(Record("u" + std::to_string(i), i, i)));
+  CCollectingNameVisitor all;
+  db_.TravelViaExtent(Extent(-1, -1, 10, 10), 0, all);
+  EXPECT_EQ(6u, all.records.size());
+  CCollectingNameVisitor negative;
+  db_.TravelViaExtent(Extent(-1, -1, 10, 10), -2, negative);
+  EXPECT_EQ(6u, negative.records.size());
+  CCollectingNameVisitor limited;
+  db_.TravelViaExtent(Extent(-1, -1, 10, 10), 4, limited);
+  EXPECT_EQ(4u, limited.records.size());
+  CCollectingNameVisitor stopping(1);
+  db_.TravelViaExtent(Extent(-1, -1, 10, 10), 0, stopping);
+  EXPECT_EQ(1u, stopping.records.size());
+}
+
+TEST_F(NameDBTest, BadExtentLogsAndVisitsNothing) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  CZuLogCapture capture;
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(Extent(std::numeric_limits<double>::quiet_NaN(), 0, 4, 4), 0, visitor);
+  EXPECT_TRUE(visitor.records.empty());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::TravelViaExtent]:"));
+}
