@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "SpatialiteBlob.h"
 #include "TextConversion.h"
 #include "ZuLog.h"
 
@@ -182,15 +183,16 @@ std::string CSpatialiteHandler::ColumnText(const char* text, bool toLocal) {
 
 std::string CSpatialiteHandler::BlobToWkt(const unsigned char* blob, int size) {
   if (blob == nullptr || size < 1) return std::string();
-  gaiaGeomCollPtr geometry = gaiaFromSpatiaLiteBlobWkb(blob, static_cast<unsigned int>(size));
-  if (geometry == nullptr) return std::string();
+  // Through the checked reader: gaia's own crashes on some corrupt blobs.
+  AnnotationLayerInner::GaiaGeomCollPtr geometry =
+      AnnotationLayerInner::ParseSpatialiteBlob(blob, size);
+  if (!geometry) return std::string();
   std::string wkt;
   gaiaOutBuffer buffer;
   gaiaOutBufferInitialize(&buffer);
-  gaiaOutWkt(&buffer, geometry);
+  gaiaOutWkt(&buffer, geometry.get());
   if (buffer.Error == 0 && buffer.Buffer != nullptr) wkt.assign(buffer.Buffer);
   gaiaOutBufferReset(&buffer);
-  gaiaFreeGeomColl(geometry);
   return wkt;
 }
 
