@@ -3,10 +3,12 @@
 BUILD_DIR ?= build
 ASAN_DIR ?= build-asan
 TSAN_DIR ?= build-tsan
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build test test-plain test-asan test-tsan demo bench clean
+.PHONY: all deps configure build test test-plain test-asan test-tsan fuzz demo bench clean
 
 all: build
 
@@ -43,6 +45,15 @@ test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 # The whole suite: the plain build, then the AddressSanitizer+UBSan and ThreadSanitizer builds.
 test: test-plain test-asan test-tsan
 
+# Each fuzz target runs FUZZ_SECONDS on a scratch copy of its seed corpus (fuzz/corpus/<target>).
+$(FUZZ_DIR)/CMakeCache.txt: | deps
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+		-DANNOTATIONLAYER_FUZZ=ON -DANNOTATIONLAYER_TESTS=OFF $(CMAKE_FLAGS)
+
+fuzz: deps $(FUZZ_DIR)/CMakeCache.txt
+	cmake --build $(FUZZ_DIR) -j $(JOBS)
+	bash scripts/run-fuzzers.sh $(FUZZ_DIR)/fuzz $(FUZZ_SECONDS)
+
 bench: build
 	$(BUILD_DIR)/bench/calculator_bench
 	$(BUILD_DIR)/bench/auxdb_bench
@@ -52,4 +63,4 @@ demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(TSAN_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(TSAN_DIR) $(FUZZ_DIR)

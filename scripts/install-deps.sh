@@ -11,6 +11,7 @@ packages=(
   libjsoncpp-dev
   libgtest-dev googletest
   libbenchmark-dev
+  clang libclang-rt-14-dev
 )
 # Sanitizer runtimes come with gcc; nothing extra to install for them.
 
