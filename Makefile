@@ -42,8 +42,10 @@ test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
 		ctest --output-on-failure -j $(JOBS)
 
-# The whole suite: the plain build, then the AddressSanitizer+UBSan and ThreadSanitizer builds.
+# The whole suite: the plain build, the AddressSanitizer+UBSan and ThreadSanitizer builds, and a
+# short run of every fuzz target on its seed corpus.
 test: test-plain test-asan test-tsan
+	$(MAKE) fuzz FUZZ_SECONDS=10
 
 # Each fuzz target runs FUZZ_SECONDS on a scratch copy of its seed corpus (fuzz/corpus/<target>).
 $(FUZZ_DIR)/CMakeCache.txt: | deps

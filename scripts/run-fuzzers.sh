@@ -17,7 +17,7 @@ for target in "$dir"/fuzz_*; do
       > "$work.log" 2>&1; then
     echo "$name FAILED"; tail -40 "$work.log"; status=1
   else
-    grep -E '^#[0-9]+ *DONE' "$work.log" | tail -1 || true
+    grep -E '^Done [0-9]+ runs' "$work.log" | tail -1 || true
   fi
   rm -rf "$work" "$work.log"
 done
