@@ -84,9 +84,36 @@ std::string CLayerBatchDeleterImpl::QueryText(const std::string& sql, const char
   return stmt.StepRow() ? stmt.ColumnText(0, toLocal) : std::string();
 }
 
+namespace {
+
+// Marks a node as being deleted for the scope of its recursive call.
+class ActiveNode {
+ public:
+  ActiveNode(std::unordered_set<std::string>& active, const std::string& uuid)
+      : active_(active), uuid_(uuid), entered_(active.insert(uuid).second) {}
+  ~ActiveNode() {
+    if (entered_) active_.erase(uuid_);
+  }
+  ActiveNode(const ActiveNode&) = delete;
+  ActiveNode& operator=(const ActiveNode&) = delete;
+  bool Entered() const { return entered_; }
+
+ private:
+  std::unordered_set<std::string>& active_;
+  std::string uuid_;
+  bool entered_;
+};
+
+}  // namespace
+
 bool CLayerBatchDeleterImpl::DeleteLayer(const std::string& uuid, bool topLevel) {
   if (!AnnotationLayerInner::IsSafeSqlText(uuid)) {
     ZuLogError(-1) << "[__BatchDeleteLayer_1]:" << "refused uuid " << uuid;
+    return false;
+  }
+  ActiveNode active(active_, uuid);
+  if (!active.Entered()) {
+    ZuLogError(-1) << "[__BatchDeleteLayer_1]:" << uuid << " is its own descendant";
     return false;
   }
   // Deepest layers first. The children are collected before any of them is deleted.
@@ -167,6 +194,11 @@ bool CLayerBatchDeleterImpl::DeleteLayer(const std::string& uuid, bool topLevel)
 bool CLayerBatchDeleterImpl::DeleteFolder(const std::string& uuid, bool topLevel) {
   if (!AnnotationLayerInner::IsSafeSqlText(uuid)) {
     ZuLogError(-1) << "[__BatchDeleteFolder_1]:" << "refused uuid " << uuid;
+    return false;
+  }
+  ActiveNode active(active_, uuid);
+  if (!active.Entered()) {
+    ZuLogError(-1) << "[__BatchDeleteFolder_1]:" << uuid << " is its own descendant";
     return false;
   }
   bool ok = false;

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "LayerBatchDeleter.h"
@@ -58,6 +59,9 @@ class CLayerBatchDeleterImpl {
   bool quietTopLevel_ = false;
   bool deleting_ = false;
   CLayerBatchDeleter::IDeleteProgress* progress_ = nullptr;
+  // The nodes on the current recursion path: a corrupted tree that names a node as its own
+  // descendant must not recurse for ever.
+  std::unordered_set<std::string> active_;
 };
 
 #endif  // ANNOTATIONLAYER_LAYER_BATCH_DELETER_IMPL_H

@@ -37,15 +37,13 @@ bool CNodeOrderRebuilderImpl::RebuildNodeOrderNum(const std::string& uuid, bool 
   stopwatch_.Restart();
   model_->BeginTransaction();
 
+  active_.clear();
   if (model_->IsLayerUUID(uuid)) {
     const bool unassigned = LayerHasUnassignedChild(uuid);
-    if (unassigned || recursive) WalkLayerChildren(uuid, unassigned, recursive);
+    if (unassigned || recursive) RebuildLayer(uuid, unassigned, recursive);
   } else if (model_->IsFolderUUID(uuid)) {
     const bool unassigned = FolderHasUnassignedChild(uuid);
-    if (unassigned || recursive) {
-      WalkFolderChildren(uuid, unassigned, recursive);
-      WalkFolderLayers(uuid, unassigned, recursive);
-    }
+    if (unassigned || recursive) RebuildFolder(uuid, unassigned, recursive);
   }
 
   folderUpdate_.Finalize();
@@ -99,13 +97,23 @@ void CNodeOrderRebuilderImpl::VisitNode(const std::string& uuid) {
 
 void CNodeOrderRebuilderImpl::RebuildFolder(const std::string& uuid, bool renumber,
                                             bool recursive) {
+  if (!active_.insert(uuid).second) {
+    ZuLogError(-1) << "[RebuildFolderChildOrderNum]:" << uuid << " is its own descendant";
+    return;
+  }
   WalkFolderChildren(uuid, renumber, recursive);
   WalkFolderLayers(uuid, renumber, recursive);
+  active_.erase(uuid);
 }
 
 void CNodeOrderRebuilderImpl::RebuildLayer(const std::string& uuid, bool renumber,
                                            bool recursive) {
+  if (!active_.insert(uuid).second) {
+    ZuLogError(-1) << "[RebuildLayerChildOrderNum]:" << uuid << " is its own descendant";
+    return;
+  }
   WalkLayerChildren(uuid, renumber, recursive);
+  active_.erase(uuid);
 }
 
 // The calculator is told the counter after its increment, one more than the number written to

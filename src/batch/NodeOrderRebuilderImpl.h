@@ -6,6 +6,7 @@
 #define ANNOTATIONLAYER_NODE_ORDER_REBUILDER_IMPL_H
 
 #include <string>
+#include <unordered_set>
 
 #include "NodeOrderRebuilder.h"
 #include "SqlStatement.h"
@@ -47,6 +48,9 @@ class CNodeOrderRebuilderImpl {
   bool rebuilding_ = false;
   CNodeOrderRebuilder::IRebuildProgress* progress_ = nullptr;
   int visited_ = 0;
+  // The nodes whose children are being walked: a corrupted tree that names a node as its own
+  // descendant must not recurse for ever.
+  std::unordered_set<std::string> active_;
   // Prepared on first use within a rebuild, finalized at its end.
   CSqlStatement folderUpdate_;
   CSqlStatement layerUpdate_;
