@@ -11,6 +11,7 @@
 #include "FeatureOption.h"
 #include "FeatureStyle.h"
 #include "FeatureStyleSet.h"
+#include "FieldList.h"
 #include "FieldValueText.h"
 #include "GeometryBlob.h"
 #include "IAnnotationDBObjectNotifier.h"
@@ -32,13 +33,6 @@ namespace {
 
 // The style format number the importer writes with every style row.
 constexpr int kStyleFormat = 3;
-
-// Collects the fields of a set in order.
-class FieldList : public CZuFieldSetObject::IFieldDataVisitor {
- public:
-  void VisitField(const CZuFieldSetObject::__tagField& field) override { fields.push_back(field); }
-  std::vector<CZuFieldSetObject::__tagField> fields;
-};
 
 }  // namespace
 
@@ -281,16 +275,15 @@ bool CFeatureBatchImporterImpl::InsertFeature(IAnnotationFeature* feature) {
 
     CZuFieldSetObject fields;
     AnnotationLayerNS::FillFieldSetFromFeature(fields, feature);
-    FieldList list;
-    fields.TravelField(list);
-    if (!list.fields.empty() &&
+    const std::vector<CZuFieldSetObject::__tagField> list = AnnotationLayerInner::CollectFields(fields);
+    if (!list.empty() &&
         Ready(shapePropertyInsert_,
               "INSERT INTO 'main'.'shape_property'('puuid', 'field_type', 'field_class', "
               "'field_name', 'value') VALUES (?, ?, ?, ?, ?)",
               "[InsertShapeProperty]:")) {
       std::unique_ptr<CZuFieldSetObject>& header = headers_[layer.uuid];
       if (!header) header.reset(new CZuFieldSetObject);
-      for (const CZuFieldSetObject::__tagField& field : list.fields) {
+      for (const CZuFieldSetObject::__tagField& field : list) {
         if (field.key.empty()) continue;
         shapePropertyInsert_.BindText(1, uuid, false);
         shapePropertyInsert_.BindInt(2, field.type);

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "FeatureOption.h"
+#include "FieldList.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
 #include "SpatialiteDBDataModel.h"
@@ -46,18 +47,10 @@ class ChildList : public IAnnotationDBObjectVisitor {
 };
 
 // A copy of `fields` whose every field counts as set, so that writing it inserts every row.
-void MarkAllChanged(CZuFieldSetObject& fields, CZuFieldSetObject& changed) {
-  class Copy : public CZuFieldSetObject::IFieldDataVisitor {
-   public:
-    explicit Copy(CZuFieldSetObject& to) : to_(to) {}
-    void VisitField(const CZuFieldSetObject::__tagField& field) override {
-      to_.SetField(field.key, field.type, field.fieldClass, field.value);
-    }
-
-   private:
-    CZuFieldSetObject& to_;
-  } copy(changed);
-  fields.TravelField(copy);
+void MarkAllChanged(const CZuFieldSetObject& fields, CZuFieldSetObject& changed) {
+  for (const CZuFieldSetObject::__tagField& field : AnnotationLayerInner::CollectFields(fields)) {
+    changed.SetField(field.key, field.type, field.fieldClass, field.value);
+  }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "FeatureOption.h"
+#include "FieldList.h"
 #include "FieldValueText.h"
 #include "LayerHeaderList.h"
 #include "LayerOption.h"
@@ -150,19 +151,13 @@ bool CSpatialiteDBDataModel::WriteFieldRows(const FieldTable& table, const std::
                        table.tag);
   if (!insert.IsValid() || !update.IsValid() || !remove.IsValid()) return false;
 
-  // Collects the fields first: the set's lock is held while its visitor runs.
-  std::vector<CZuFieldSetObject::__tagField> changes;
-  class Collector : public CZuFieldSetObject::IFieldDataVisitor {
-   public:
-    explicit Collector(std::vector<CZuFieldSetObject::__tagField>* out) : out_(out) {}
-    void VisitField(const CZuFieldSetObject::__tagField& field) override {
-      if (field.state != CZuFieldSetObject::FIELD_STATE_UNCHANGED) out_->push_back(field);
-    }
-
-   private:
-    std::vector<CZuFieldSetObject::__tagField>* out_;
-  } collector(&changes);
-  fields.TravelField(collector);
+  // Copied out first: the set's lock is held while its visitor runs.
+  std::vector<CZuFieldSetObject::__tagField> changes = AnnotationLayerInner::CollectFields(fields);
+  changes.erase(std::remove_if(changes.begin(), changes.end(),
+                               [](const CZuFieldSetObject::__tagField& field) {
+                                 return field.state == CZuFieldSetObject::FIELD_STATE_UNCHANGED;
+                               }),
+                changes.end());
 
   bool ok = true;
   for (const CZuFieldSetObject::__tagField& field : changes) {

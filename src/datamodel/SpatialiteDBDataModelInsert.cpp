@@ -6,20 +6,31 @@
 // Nothing is rolled back here: callers that need atomicity wrap the calls in a transaction.
 #include <sqlite3.h>
 
+#include <cstdlib>
+
 #include "AnnotationLayerNS.h"
+#include "FeatureFieldSet.h"
 #include "FeatureOption.h"
+#include "FieldList.h"
+#include "FieldValueText.h"
 #include "FolderOption.h"
+#include "GeometryBlob.h"
 #include "LayerBatchDeleter.h"
 #include "LayerOption.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
+#include "ZuFieldSetObject.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::ExecSql;
 using AnnotationLayerInner::JoinIds;
 
 namespace {
+
+// The style format number written with the style of a feature inserted with its object, the
+// same as the batch importer's.
+constexpr int kFeatureStyleFormat = 3;
 
 // Result marks of an insert.
 constexpr int kMarkOrderFailed = 2;
@@ -38,6 +49,28 @@ bool InsertStatusRow(sqlite3* db, const std::string& sql, const std::string& uui
   if (!stmt.StepDone()) return false;
   ids.push_back(static_cast<int64_t>(sqlite3_last_insert_rowid(db)));
   return true;
+}
+
+// The opening shared by every node insert: a uuid when the record has none, the result marks
+// reset, then the order row and the status rows. A failure of either is marked and warned about
+// and the insert goes on. Returns the ids of the status rows written.
+template <typename Option, typename InsertOrder, typename InsertStatus>
+std::vector<int64_t> WriteOrderAndStatus(Option& option, InsertOrder insertOrder,
+                                         InsertStatus insertStatus, const char* orderWarning,
+                                         const char* statusWarning) {
+  if (option.GetUUID().empty()) option.SetUUID(AnnotationLayerNS::ZuGenerateUUID());
+  option.SetResult(0);
+  if (!insertOrder()) {
+    option.SetResult(option.GetResult() | kMarkOrderFailed);
+    ZuLogWarn << orderWarning << option.GetUUID();
+  }
+  std::vector<int64_t> statusIds;
+  insertStatus(statusIds);
+  if (statusIds.empty()) {
+    option.SetResult(option.GetResult() | kMarkStatusFailed);
+    ZuLogWarn << statusWarning << option.GetUUID();
+  }
+  return statusIds;
 }
 
 }  // namespace
@@ -74,20 +107,11 @@ bool CSpatialiteDBDataModel::InsertFeatureStatus(const CFeatureOption& option,
 
 bool CSpatialiteDBDataModel::InsertFolder(CFolderOption& option) {
   if (db_ == nullptr) return false;
-  if (option.GetUUID().empty()) option.SetUUID(AnnotationLayerNS::ZuGenerateUUID());
+  const std::vector<int64_t> statusIds = WriteOrderAndStatus(
+      option, [&] { return InsertFolderOrder(option.GetUUID(), option); },
+      [&](std::vector<int64_t>& ids) { InsertFolderStatus(option, ids); },
+      "[InsertFolderOrder] Failed ", "[InsertFolderStatus] Failed ");
   const std::string& uuid = option.GetUUID();
-  option.SetResult(0);
-
-  if (!InsertFolderOrder(uuid, option)) {
-    option.SetResult(option.GetResult() | kMarkOrderFailed);
-    ZuLogWarn << "[InsertFolderOrder] Failed " << uuid;
-  }
-  std::vector<int64_t> statusIds;
-  InsertFolderStatus(option, statusIds);
-  if (statusIds.empty()) {
-    option.SetResult(option.GetResult() | kMarkStatusFailed);
-    ZuLogWarn << "[InsertFolderStatus] Failed " << uuid;
-  }
   option.SetIndexArray(statusIds);
 
   CSqlStatement stmt(db_,
@@ -114,20 +138,11 @@ bool CSpatialiteDBDataModel::InsertFolder(CFolderOption& option) {
 
 bool CSpatialiteDBDataModel::InsertLayer(CLayerOption& option) {
   if (db_ == nullptr) return false;
-  if (option.GetUUID().empty()) option.SetUUID(AnnotationLayerNS::ZuGenerateUUID());
+  const std::vector<int64_t> statusIds = WriteOrderAndStatus(
+      option, [&] { return InsertLayerOrder(option.GetUUID(), option); },
+      [&](std::vector<int64_t>& ids) { InsertLayerStatus(option, ids); },
+      "[InsertLayerOrder] Failed ", "[InsertLayerStatus] Failed ");
   const std::string& uuid = option.GetUUID();
-  option.SetResult(0);
-
-  if (!InsertLayerOrder(uuid, option)) {
-    option.SetResult(option.GetResult() | kMarkOrderFailed);
-    ZuLogWarn << "[InsertLayerOrder] Failed " << uuid;
-  }
-  std::vector<int64_t> statusIds;
-  InsertLayerStatus(option, statusIds);
-  if (statusIds.empty()) {
-    option.SetResult(option.GetResult() | kMarkStatusFailed);
-    ZuLogWarn << "[InsertLayerStatus] Failed " << uuid;
-  }
   option.SetIndexArray(statusIds, std::vector<int64_t>());
 
   CSqlStatement stmt(db_,
@@ -170,20 +185,11 @@ bool CSpatialiteDBDataModel::InsertLayer(CLayerOption& option) {
 
 bool CSpatialiteDBDataModel::InsertFeature(CFeatureOption& option, IAnnotationFeature* feature) {
   if (db_ == nullptr) return false;
-  if (option.GetUUID().empty()) option.SetUUID(AnnotationLayerNS::ZuGenerateUUID());
+  std::vector<int64_t> statusIds = WriteOrderAndStatus(
+      option, [&] { return InsertFeatureOrder(option.GetUUID(), option); },
+      [&](std::vector<int64_t>& ids) { InsertFeatureStatus(option, ids); },
+      "[InsertFeatureOrder] Failed ", "[InsertFeatureStatus] Failed ");
   const std::string& uuid = option.GetUUID();
-  option.SetResult(0);
-
-  if (!InsertFeatureOrder(uuid, option)) {
-    option.SetResult(option.GetResult() | kMarkOrderFailed);
-    ZuLogWarn << "[InsertFeatureOrder] Failed " << uuid;
-  }
-  std::vector<int64_t> statusIds;
-  InsertFeatureStatus(option, statusIds);
-  if (statusIds.empty()) {
-    option.SetResult(option.GetResult() | kMarkStatusFailed);
-    ZuLogWarn << "[InsertFeatureStatus] Failed " << uuid;
-  }
   if (feature != nullptr) return InsertFeatureWithData(option, statusIds, feature);
 
   option.SetIndexArray(statusIds, {}, {}, {});
@@ -277,4 +283,60 @@ bool CSpatialiteDBDataModel::DeleteFeature(const std::string& uuid) {
           "[DeleteFeature]:");
   return ExecSql(db_, "DELETE FROM 'main'.'shape' WHERE uuid = '" + uuid + "'",
                  "[DeleteFeature]:");
+}
+
+// A feature given with its object: its style row, one shape_property row per attribute field
+// (their ids join the index array), then the node row with the geometry blob.
+bool CSpatialiteDBDataModel::InsertFeatureWithData(CFeatureOption& option,
+                                                   std::vector<int64_t>& statusIds,
+                                                   IAnnotationFeature* feature) {
+  const std::string& uuid = option.GetUUID();
+  InsertStyle(uuid, feature->GetStyleSet(), kFeatureStyleFormat);
+
+  std::vector<int64_t> propertyIds;
+  CZuFieldSetObject fields;
+  AnnotationLayerNS::FillFieldSetFromFeature(fields, feature);
+  CSqlStatement insert(db_,
+                       "INSERT INTO 'main'.'shape_property'('puuid', 'field_type', 'field_class', "
+                       "'field_name', 'value') VALUES (?, ?, ?, ?, ?)",
+                       "[InsertFeature] Property:");
+  for (const CZuFieldSetObject::__tagField& field : AnnotationLayerInner::CollectFields(fields)) {
+    if (field.key.empty() || !insert.IsValid()) continue;
+    insert.BindText(1, uuid, false);
+    insert.BindInt(2, field.type);
+    insert.BindText(3, field.fieldClass, true);
+    insert.BindText(4, field.key, true);
+    insert.BindText(5, AnnotationLayerInner::FieldValueToColumn(field.type, field.value), false);
+    if (insert.StepDone()) propertyIds.push_back(sqlite3_last_insert_rowid(db_));
+    insert.Reset();
+  }
+  option.SetIndexArray(statusIds, propertyIds, {}, {});
+
+  CSqlStatement stmt(db_,
+                     std::string("INSERT INTO 'main'.'shape'(") +
+                         " 'uuid', 'puuid', 'type', 'name', 'index_id', 'geom') VALUES( " +
+                         " ?, ?, ?, ?, ?, ?)",
+                     "[InsertFeature] WithData:");
+  if (!stmt.IsValid()) {
+    option.SetResult(-1);
+    return false;
+  }
+  stmt.BindText(1, uuid, false);
+  stmt.BindText(2, option.GetParentUUID(), false);
+  stmt.BindInt(3, option.GetType());
+  stmt.BindText(4, option.GetName(), true);
+  stmt.BindText(5, option.GetIndexArrayString(), false);
+  int size = 0;
+  unsigned char* blob = AnnotationLayerNS::ConvertFeatureToWkbGeom(size, feature);
+  if (blob != nullptr) {
+    sqlite3_bind_blob(stmt.Get(), 6, blob, size, free);  // SQLite releases the blob
+  } else {
+    stmt.BindNull(6);
+  }
+  if (stmt.Step() != SQLITE_DONE) {
+    ZuLogError(-1) << "[InsertFeature] Failed-Geom:" << uuid << " " << sqlite3_errmsg(db_);
+    option.SetResult(-1);
+    return false;
+  }
+  return true;
 }

@@ -2,11 +2,12 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <cstring>
 
 namespace {
 
-CFaultVfs* g_active = nullptr;
+std::atomic<CFaultVfs*> g_active{nullptr};
 sqlite3_vfs* g_real = nullptr;
 sqlite3_vfs g_shim;
 
@@ -80,40 +81,46 @@ int ShimFullPathname(sqlite3_vfs*, const char* name, int size, char* out) {
 
 }  // namespace
 
-CFaultVfs::CFaultVfs() {
-  g_real = sqlite3_vfs_find(nullptr);
-  g_methods = sqlite3_io_methods{};
-  g_methods.iVersion = 1;
-  g_methods.xClose = ShimClose;
-  g_methods.xRead = ShimRead;
-  g_methods.xWrite = ShimWrite;
-  g_methods.xTruncate = ShimTruncate;
-  g_methods.xSync = ShimSync;
-  g_methods.xFileSize = ShimFileSize;
-  g_methods.xLock = ShimLock;
-  g_methods.xUnlock = ShimUnlock;
-  g_methods.xCheckReservedLock = ShimCheckReservedLock;
-  g_methods.xFileControl = ShimFileControl;
-  g_methods.xSectorSize = ShimSectorSize;
-  g_methods.xDeviceCharacteristics = ShimDeviceCharacteristics;
-  g_shim = *g_real;
-  g_shim.iVersion = 1;
-  g_shim.szOsFile = static_cast<int>(sizeof(ShimFile)) + g_real->szOsFile;
-  g_shim.zName = "fault";
-  g_shim.pNext = nullptr;
-  g_shim.xOpen = ShimOpen;
-  g_shim.xDelete = ShimDelete;
-  g_shim.xAccess = ShimAccess;
-  g_shim.xFullPathname = ShimFullPathname;
-  g_active = this;
-  sqlite3_vfs_register(&g_shim, 1);
+// The shim is registered once, as the default, and stays for the life of the process: libraries
+// that open their own SQLite files meanwhile (PROJ opens proj.db for SpatiaLite) keep using it
+// until exit. Outside a CFaultVfs scope it passes every call through.
+void InstallShimOnce() {
+  static const bool installed = [] {
+    g_real = sqlite3_vfs_find(nullptr);
+    g_methods = sqlite3_io_methods{};
+    g_methods.iVersion = 1;
+    g_methods.xClose = ShimClose;
+    g_methods.xRead = ShimRead;
+    g_methods.xWrite = ShimWrite;
+    g_methods.xTruncate = ShimTruncate;
+    g_methods.xSync = ShimSync;
+    g_methods.xFileSize = ShimFileSize;
+    g_methods.xLock = ShimLock;
+    g_methods.xUnlock = ShimUnlock;
+    g_methods.xCheckReservedLock = ShimCheckReservedLock;
+    g_methods.xFileControl = ShimFileControl;
+    g_methods.xSectorSize = ShimSectorSize;
+    g_methods.xDeviceCharacteristics = ShimDeviceCharacteristics;
+    g_shim = *g_real;
+    g_shim.iVersion = 1;
+    g_shim.szOsFile = static_cast<int>(sizeof(ShimFile)) + g_real->szOsFile;
+    g_shim.zName = "fault";
+    g_shim.pNext = nullptr;
+    g_shim.xOpen = ShimOpen;
+    g_shim.xDelete = ShimDelete;
+    g_shim.xAccess = ShimAccess;
+    g_shim.xFullPathname = ShimFullPathname;
+    return sqlite3_vfs_register(&g_shim, 1) == SQLITE_OK;
+  }();
+  (void)installed;
 }
 
-CFaultVfs::~CFaultVfs() {
-  sqlite3_vfs_unregister(&g_shim);
-  sqlite3_vfs_register(g_real, 1);
-  g_active = nullptr;
+CFaultVfs::CFaultVfs() {
+  InstallShimOnce();
+  g_active = this;
 }
+
+CFaultVfs::~CFaultVfs() { g_active = nullptr; }
 
 void CFaultVfs::FailAfter(int allowed, bool full) {
   full_ = full;

@@ -1,7 +1,8 @@
 // An SQLite VFS that passes everything to the default one but can make writes fail: after a
 // given number of successful writes (xWrite, xTruncate, xSync), every further write returns
-// SQLITE_IOERR or SQLITE_FULL. Installed as the default VFS for its lifetime, so connections
-// opened meanwhile go through it. For fault-injection tests.
+// SQLITE_IOERR or SQLITE_FULL. The first CFaultVfs installs the shim as the default VFS for the
+// rest of the process; faults are injected only while a CFaultVfs lives. For fault-injection
+// tests.
 #ifndef ANNOTATIONLAYER_TEST_FAULT_VFS_H
 #define ANNOTATIONLAYER_TEST_FAULT_VFS_H
 
