@@ -2,8 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 
+#include "AnnotationFeature.h"
 #include "FeatureOption.h"
+#include "FeaturePenStyle.h"
+#include "FeatureStyleSet.h"
 #include "FieldValueText.h"
 #include "LayerOption.h"
 #include "NodeCacheCalculator.h"
@@ -164,4 +168,41 @@ TEST_F(FieldsTest, LayerHeaderListRoundTrip) {
   EXPECT_EQ("m", read.GetFieldClass("height"));
   EXPECT_FALSE(model_.ModifyLayerHeaderList(feature_, headers));
   EXPECT_FALSE(model_.QueryLayerHeaderList("nowhere", read));
+}
+
+TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
+  CGeometryData ring;
+  ring.PushBack(CVector3D(0, 0, 1));
+  ring.PushBack(CVector3D(4, 0, 1));
+  ring.PushBack(CVector3D(4, 3, 1));
+  ring.PushBack(CVector3D(0, 0, 1));
+  feature.AddPart(ring);
+  feature.SetFieldValue("area", 6.0);
+  feature.SetFieldValue("kind", QString("lot"));
+  auto pen = std::make_unique<CFeaturePenStyle>();
+  pen->SetWidth(4);
+  feature.GetStyleSet()->PushBack(std::move(pen));
+
+  CFeatureOption option;
+  option.SetParentUUID(layer_);
+  option.SetName("lot 7");
+  option.SetType(ANNOTATION_TYPE_POLYGON);
+  ASSERT_TRUE(model_.InsertFeature(option, &feature));
+  EXPECT_EQ(0, option.GetResult());
+  const std::string uuid = option.GetUUID();
+  EXPECT_EQ(1u, option.GetIndexStatus().size());
+  EXPECT_EQ(2u, option.GetIndexProperty().size());
+  EXPECT_EQ(option.GetIndexArrayString(),
+            Scalar("SELECT index_id FROM shape WHERE uuid = '" + uuid + "'"));
+  EXPECT_EQ("POLYGON Z((0 0 1, 4 0 1, 4 3 1, 0 0 1))",
+            Scalar("SELECT AsText(geom) FROM shape WHERE uuid = '" + uuid + "'"));
+  CZuFieldSetObject fields;
+  ASSERT_TRUE(model_.QueryField(uuid, fields));
+  EXPECT_EQ(QVariant(6.0), fields.GetFieldValue("area"));
+  EXPECT_EQ(QVariant(QString("lot")), fields.GetFieldValue("kind"));
+  CFeatureStyleSet styles;
+  ASSERT_TRUE(model_.QueryStyle(&styles, uuid, false));
+  ASSERT_EQ(1, styles.GetCount());
+  EXPECT_EQ(4, dynamic_cast<const CFeaturePenStyle*>(styles.At(0))->GetWidth());
 }
