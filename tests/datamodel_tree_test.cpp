@@ -500,3 +500,19 @@ TEST(DataModelClosedTest, EveryOperationFailsAtOnceWithoutADatabase) {
   EXPECT_FALSE(model.IsNodeVisible("x"));
   EXPECT_TRUE(capture.Lines().empty());
 }
+
+TEST_F(TreeTest, UuidsWithQuotesAreRefusedBeforeTheyReachSql) {
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string hostile = "x' OR '1'='1";
+  CZuLogCapture capture;
+  EXPECT_EQ("", model_.GetLastFolderChildUUID(hostile));
+  EXPECT_EQ(-1, model_.CountChildren(hostile, NODE_KIND_FOLDER));
+  EXPECT_EQ("", model_.QueryFolderOption(hostile).GetUUID());
+  EXPECT_FALSE(model_.DeleteFolder(hostile));
+  CFolderOption option = model_.QueryFolderOption(folder);
+  option.SetRightUUID("'; DROP TABLE folder; --");
+  EXPECT_FALSE(model_.ModifyFolderOption(option));
+  EXPECT_EQ(5, capture.Count("uuid refused, it cannot stand between quotes"));
+  EXPECT_EQ(folder, model_.GetLastFolderChildUUID(root_));  // nothing was touched
+  EXPECT_FALSE(model_.IsExistNode(hostile));               // bound, never spliced
+}

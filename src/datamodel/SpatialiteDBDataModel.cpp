@@ -7,6 +7,8 @@
 #include "NodeCacheCalculator.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
+#include "SqlText.h"
+#include "StatementCache.h"
 #include "TextConversion.h"
 #include "ZuCoreApplication.h"
 #include "ZuLog.h"
@@ -16,12 +18,14 @@ using AnnotationLayerInner::Utf8ToLocal;
 CSpatialiteDBDataModel::CSpatialiteDBDataModel()
     : objectId_(-1),
       notifier_(new CAnnotationDBObjectNotifier),
+      statements_(new CStatementCache),
       db_(nullptr),
       depth_(0) {}
 
 CSpatialiteDBDataModel::~CSpatialiteDBDataModel() {
   // A model destroyed while installed still stops its pass and closes its file.
   calculator_.reset();
+  statements_->Clear();
   if (handler_) handler_->Close();
 }
 
@@ -76,6 +80,7 @@ bool CSpatialiteDBDataModel::IsInstalled() { return handler_ && db_ != nullptr; 
 bool CSpatialiteDBDataModel::Uninstall() {
   // The calculator goes first: its pass reads through the connection that is closed below.
   calculator_.reset();
+  statements_->Clear();
   if (handler_) {
     handler_->Close();
     handler_.reset();
@@ -106,6 +111,14 @@ bool CSpatialiteDBDataModel::IsEmpty() {
   if (!count.IsValid()) return true;
   // One folder (the top root) still counts as empty.
   return count.Step() == SQLITE_ROW && count.ColumnInt(0) <= 1;
+}
+
+// Uuids are spliced between single quotes into many statements; one that holds a quote (or a NUL)
+// could end the text early or smuggle in SQL, so it is refused before it gets there.
+bool CSpatialiteDBDataModel::IsSafeUUID(const std::string& uuid, const std::string& tag) {
+  if (AnnotationLayerInner::IsSafeSqlText(uuid)) return true;
+  ZuLogWarn << tag << "uuid refused, it cannot stand between quotes: " << uuid;
+  return false;
 }
 
 bool CSpatialiteDBDataModel::BeginTransaction() {

@@ -20,6 +20,7 @@
 struct sqlite3;
 class CSpatialiteHandler;
 class CAnnotationDBObjectNotifier;
+class CStatementCache;
 
 class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
  public:
@@ -275,6 +276,8 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   std::unique_ptr<CNodeCacheCalculator> calculator_;
   std::unique_ptr<CAnnotationDBObjectNotifier> notifier_;
   std::unique_ptr<CSpatialiteHandler> handler_;  // exists only while open
+  // Statements of the per-feature read paths, prepared once per thread on the open connection.
+  std::unique_ptr<CStatementCache> statements_;
   sqlite3* db_;                                  // the handler's connection, cached
   int depth_;
 };

@@ -114,6 +114,7 @@ bool CSpatialiteDBDataModel::ReadFieldRows(const FieldTable& table, const std::s
 
 bool CSpatialiteDBDataModel::WriteFieldRows(const FieldTable& table, const std::string& uuid,
                                             CZuFieldSetObject& fields) {
+  if (!IsSafeUUID(uuid, table.tag)) return false;
   std::string indexText;
   if (!QueryTableIndexes(table.nodeTable, uuid, indexText)) return false;
   const bool isLayer = std::string(table.nodeTable) == "layer";
@@ -274,6 +275,7 @@ bool CSpatialiteDBDataModel::RemoveUserData(const std::string& uuid, const std::
 bool CSpatialiteDBDataModel::QueryLayerHeaderList(const std::string& layerUuid,
                                                   CZuFieldSetObject& headers) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(layerUuid, "[QueryLayerHeaderList]:")) return false;
   CSqlStatement stmt(db_,
                      std::string("SELECT") + " property_header" + " FROM layer WHERE" +
                          " uuid = '" + layerUuid + "'",
@@ -287,6 +289,7 @@ bool CSpatialiteDBDataModel::QueryLayerHeaderList(const std::string& layerUuid,
 bool CSpatialiteDBDataModel::ModifyLayerHeaderList(const std::string& layerUuid,
                                                    CZuFieldSetObject& headers) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(layerUuid, "[ModifyLayerHeaderList]:")) return false;
   if (!IsLayerUUID(layerUuid)) {
     ZuLogError(-1) << "[ModifyLayerHeaderList]:" << "no layer " << layerUuid;
     return false;

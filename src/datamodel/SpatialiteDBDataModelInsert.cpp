@@ -20,6 +20,7 @@
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
+#include "StatementCache.h"
 #include "ZuFieldSetObject.h"
 #include "ZuLog.h"
 
@@ -212,19 +213,20 @@ bool CSpatialiteDBDataModel::InsertFeature(CFeatureOption& option, IAnnotationFe
   return ok;
 }
 
+// Read once per feature by the visibility lookups, so the prepared statement is reused.
 bool CSpatialiteDBDataModel::QueryTableIndexes(const char* table, const std::string& uuid,
                                                std::string& indexText) {
   if (db_ == nullptr) return false;
-  CSqlStatement stmt(db_,
-                     std::string("SELECT index_id") + " FROM " + table + " WHERE" + " uuid = '" +
-                         uuid + "'",
-                     "[QueryTableIndexes]:");
-  if (!stmt.IsValid()) return false;
-  if (!stmt.StepRow()) {
+  CSqlStatement* stmt = statements_->Get(
+      db_, std::string("SELECT index_id") + " FROM " + table + " WHERE" + " uuid = ?",
+      "[QueryTableIndexes]:");
+  if (stmt == nullptr) return false;
+  stmt->BindText(1, uuid, false);
+  if (!stmt->StepRow()) {
     ZuLogWarn << "[QueryTableIndexes]:" << "no " << table << " " << uuid;
     return false;
   }
-  indexText = stmt.ColumnText(0, false);
+  indexText = stmt->ColumnText(0, false);
   return true;
 }
 
@@ -232,6 +234,7 @@ bool CSpatialiteDBDataModel::QueryTableIndexes(const char* table, const std::str
 // the node cache afterwards.
 bool CSpatialiteDBDataModel::DeleteFolder(const std::string& uuid) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(uuid, "[DeleteFolder]:")) return false;
   std::string indexText;
   if (!QueryTableIndexes("folder", uuid, indexText)) return false;
   UnlinkFolder(uuid);
@@ -244,6 +247,7 @@ bool CSpatialiteDBDataModel::DeleteFolder(const std::string& uuid) {
 
 bool CSpatialiteDBDataModel::DeleteLayer(const std::string& uuid) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(uuid, "[DeleteLayer]:")) return false;
   std::string indexText;
   if (!QueryTableIndexes("layer", uuid, indexText)) return false;
   UnlinkComposite(uuid, true);
@@ -256,6 +260,7 @@ bool CSpatialiteDBDataModel::DeleteLayer(const std::string& uuid) {
 
 bool CSpatialiteDBDataModel::DeleteFeature(const std::string& uuid) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(uuid, "[DeleteFeature]:")) return false;
   std::string indexText;
   if (!QueryTableIndexes("shape", uuid, indexText)) return false;
   UnlinkComposite(uuid, false);

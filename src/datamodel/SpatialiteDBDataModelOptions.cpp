@@ -22,6 +22,7 @@ using AnnotationLayerInner::Utf8ToLocal;
 
 CFolderOption CSpatialiteDBDataModel::QueryFolderOption(const std::string& uuid) {
   if (db_ == nullptr) return CFolderOption();
+  if (!IsSafeUUID(uuid, "[QueryFolderOption]:")) return CFolderOption();
   CSqlStatement stmt(db_, "SELECT * FROM folder WHERE" + std::string(" uuid = '") + uuid + "'",
                      "[QueryFolderOption]:");
   if (!stmt.IsValid()) return CFolderOption();
@@ -46,6 +47,7 @@ CFolderOption CSpatialiteDBDataModel::QueryFolderOption(const std::string& uuid)
 
 CLayerOption CSpatialiteDBDataModel::QueryLayerOption(const std::string& uuid) {
   if (db_ == nullptr) return CLayerOption();
+  if (!IsSafeUUID(uuid, "[QueryLayerOption]:")) return CLayerOption();
   CSqlStatement stmt(db_,
                      "SELECT * FROM layer WHERE" + std::string(" layer.uuid = '") + uuid + "'",
                      "[QueryLayerOption]:");
@@ -86,6 +88,7 @@ CLayerOption CSpatialiteDBDataModel::QueryLayerOption(const std::string& uuid) {
 
 CFeatureOption CSpatialiteDBDataModel::QueryFeatureOption(const std::string& uuid) {
   if (db_ == nullptr) return CFeatureOption();
+  if (!IsSafeUUID(uuid, "[QueryFeatureOption]:")) return CFeatureOption();
   CSqlStatement stmt(db_,
                      std::string("SELECT") + " puuid, type, name, createtime, modifytime, index_id" +
                          " FROM shape WHERE" + " uuid = '" + uuid + "'",
@@ -115,6 +118,7 @@ CFeatureOption CSpatialiteDBDataModel::QueryFeatureOption(const std::string& uui
 
 CFeatureOption CSpatialiteDBDataModel::QueryFeatureBase(const std::string& uuid) {
   if (db_ == nullptr) return CFeatureOption();
+  if (!IsSafeUUID(uuid, "[QueryFeatureBase]:")) return CFeatureOption();
   CSqlStatement stmt(db_, "SELECT type, name FROM shape WHERE" + std::string(" uuid = '") + uuid +
                               "'",
                      "[QueryFeatureBase]:");
@@ -222,6 +226,10 @@ bool CSpatialiteDBDataModel::ModifyFolderOption(CFolderOption& option) {
     ZuLogWarn << "[CSpatialiteDBDataModel::ModifyFolderOption]: " << Utf8ToLocal("UUID为空");
     return false;
   }
+  for (const std::string* text : {&option.GetUUID(), &option.GetParentUUID(), &option.GetLeftUUID(),
+                                   &option.GetRightUUID()}) {
+    if (!IsSafeUUID(*text, "[CSpatialiteDBDataModel::ModifyFolderOption]: ")) return false;
+  }
   const bool tellCalculator = option.IsChanged(CHANGE_MASK_POSITION | CHANGE_MASK_STATUS);
   RunGroup(option, kFolderBaseBits, [&] { return ModifyFolderBase(option); });
   RunGroup(option, CHANGE_MASK_POSITION,
@@ -235,6 +243,10 @@ bool CSpatialiteDBDataModel::ModifyLayerOption(CLayerOption& option) {
   if (option.GetUUID().empty()) {
     ZuLogWarn << "[CSpatialiteDBDataModel::ModifyLayerOption]: " << Utf8ToLocal("UUID为空");
     return false;
+  }
+  for (const std::string* text : {&option.GetUUID(), &option.GetParentUUID(), &option.GetLeftUUID(),
+                                   &option.GetRightUUID()}) {
+    if (!IsSafeUUID(*text, "[CSpatialiteDBDataModel::ModifyLayerOption]: ")) return false;
   }
   const bool tellCalculator =
       option.IsChanged(CHANGE_MASK_POSITION | CHANGE_MASK_STATUS | CHANGE_MASK_LEVELS);
@@ -251,6 +263,10 @@ bool CSpatialiteDBDataModel::ModifyFeatureOption(CFeatureOption& option) {
   if (option.GetUUID().empty()) {
     ZuLogWarn << "[CSpatialiteDBDataModel::ModifyFeatureOption]: " << Utf8ToLocal("UUID为空");
     return false;
+  }
+  for (const std::string* text : {&option.GetUUID(), &option.GetParentUUID(), &option.GetLeftUUID(),
+                                   &option.GetRightUUID()}) {
+    if (!IsSafeUUID(*text, "[CSpatialiteDBDataModel::ModifyFeatureOption]: ")) return false;
   }
   RunGroup(option, kFolderBaseBits, [&] { return ModifyFeatureBase(option); });
   RunGroup(option, CHANGE_MASK_POSITION,

@@ -38,12 +38,6 @@ void BindEnclosure(CSqlStatement& stmt, const CEnclosureOption& option) {
 
 }  // namespace
 
-bool CSpatialiteDBDataModel::IsSafeUUID(const std::string& uuid, const std::string& tag) {
-  if (AnnotationLayerInner::IsSafeSqlText(uuid)) return true;
-  ZuLogWarn << tag << "uuid refused, it cannot stand between quotes: " << uuid;
-  return false;
-}
-
 // --- Styles ---
 
 bool CSpatialiteDBDataModel::QueryStyleInner(CFeatureStyleSet* styles, const std::string& uuid,

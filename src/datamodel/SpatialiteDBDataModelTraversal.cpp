@@ -16,6 +16,7 @@
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
+#include "StatementCache.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::FormatDouble;
@@ -66,6 +67,7 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::Travel(IAnnotationDBObjectVisitor* visitor
 E_HANDLE_TYPE CSpatialiteDBDataModel::TravelFolder(IAnnotationDBObjectVisitor* visitor,
                                                    const std::string& folderUuid) {
   if (db_ == nullptr || visitor == nullptr) return kStop;
+  if (!IsSafeUUID(folderUuid, "[TravelFolder]:")) return kStop;
   std::list<std::string> path;
   QueryParentUUIDList(path, folderUuid);
   path.push_back(folderUuid);
@@ -77,6 +79,7 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelFolder(IAnnotationDBObjectVisitor* v
 E_HANDLE_TYPE CSpatialiteDBDataModel::TravelLayerChildren(IAnnotationDBObjectVisitor* visitor,
                                                           const std::string& layerUuid) {
   if (db_ == nullptr || visitor == nullptr) return kStop;
+  if (!IsSafeUUID(layerUuid, "[TravelLayerChildren]:")) return kStop;
   std::list<std::string> path;
   QueryParentUUIDList(path, layerUuid);
   path.push_back(layerUuid);
@@ -237,6 +240,7 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::VisitFeature(IAnnotationDBObjectVisitor* v
 bool CSpatialiteDBDataModel::TravelLayer(IAnnotationDBObjectVisitor* visitor,
                                          const std::string& layerUuid, int offset, int count) {
   if (db_ == nullptr || visitor == nullptr) return false;
+  if (!IsSafeUUID(layerUuid, "[TravelLayer]:")) return false;
   CSqlStatement start(db_,
                       "SELECT ROWID FROM shape WHERE ROWID IN" +
                           std::string("(SELECT ROWID from shape WHERE puuid = '") + layerUuid +
@@ -354,6 +358,7 @@ bool CSpatialiteDBDataModel::TravelViaSQL(IAnnotationDBObjectVisitor* visitor, E
 
 int CSpatialiteDBDataModel::CountChildren(const std::string& parentUuid, E_NODE_KIND parentKind) {
   if (db_ == nullptr) return -1;
+  if (!IsSafeUUID(parentUuid, "[CountChildren]:")) return -1;
   auto count = [this](const char* table, const char* column, const std::string& uuid) {
     return QueryFirstInt(std::string("SELECT") + " COUNT(*)" + " FROM " + table + " WHERE" +
                              column + uuid + "'",
@@ -386,11 +391,7 @@ int CSpatialiteDBDataModel::CountExtentFeature(const EXTENT& extent) {
 E_NODE_KIND CSpatialiteDBDataModel::QueryNodeKind(const std::string& uuid) {
   if (db_ == nullptr) return NODE_KIND_NONE;
   for (E_NODE_KIND kind : {NODE_KIND_FOLDER, NODE_KIND_LAYER, NODE_KIND_FEATURE}) {
-    if (QueryFirstInt(std::string("SELECT COUNT(*) FROM ") + NodeTable(kind) +
-                          " WHERE uuid = '" + uuid + "'",
-                      "[QueryNodeKind]:", 0) > 0) {
-      return kind;
-    }
+    if (IsExistNode(uuid, kind)) return kind;
   }
   return NODE_KIND_NONE;
 }
@@ -399,15 +400,19 @@ bool CSpatialiteDBDataModel::IsExistNode(const std::string& uuid) {
   return QueryNodeKind(uuid) != NODE_KIND_NONE;
 }
 
+// One of the per-feature lookups: the uuid is bound rather than spliced so that the prepared
+// statement can be reused.
 bool CSpatialiteDBDataModel::IsExistNode(const std::string& uuid, E_NODE_KIND kind) {
   const char* table = NodeTable(kind);
   if (db_ == nullptr || table == nullptr) return false;
   const std::string tag = kind == NODE_KIND_FEATURE ? "[IsExistNode-Feature]:"
                           : kind == NODE_KIND_LAYER ? "[IsExistNode-Layer]:"
                                                     : "[IsExistNode-Folder]:";
-  return QueryFirstInt(std::string("SELECT COUNT(*) FROM ") + table + " WHERE" + " uuid = '" +
-                           uuid + "'",
-                       tag, 0) > 0;
+  CSqlStatement* stmt = statements_->Get(
+      db_, std::string("SELECT COUNT(*) FROM ") + table + " WHERE" + " uuid = ?", tag);
+  if (stmt == nullptr) return false;
+  stmt->BindText(1, uuid, false);
+  return stmt->StepRow() && stmt->ColumnInt(0) > 0;
 }
 
 bool CSpatialiteDBDataModel::IsFolderUUID(const std::string& uuid) {
@@ -424,24 +429,31 @@ bool CSpatialiteDBDataModel::IsFeatureUUID(const std::string& uuid) {
 
 E_FOLDER_TYPE CSpatialiteDBDataModel::GetFolderType(const std::string& uuid) {
   if (db_ == nullptr) return FOLDER_TYPE_UNKNOWN;
+  if (!IsSafeUUID(uuid, "[GetFolderType]:")) return FOLDER_TYPE_UNKNOWN;
   return static_cast<E_FOLDER_TYPE>(QueryFirstInt(
       "SELECT type FROM folder WHERE uuid = '" + uuid + "'", "[GetFolderType]:", -1));
 }
 
 E_LAYER_TYPE CSpatialiteDBDataModel::GetLayerType(const std::string& uuid) {
   if (db_ == nullptr) return LAYER_TYPE_UNKNOWN;
+  if (!IsSafeUUID(uuid, "[GetLayerType]:")) return LAYER_TYPE_UNKNOWN;
   return static_cast<E_LAYER_TYPE>(
       QueryFirstInt("SELECT type FROM layer WHERE uuid = '" + uuid + "'", "[GetLayerType]:", -1));
 }
 
 E_ANNOTATION_TYPE CSpatialiteDBDataModel::GetFeatureType(const std::string& uuid) {
   if (db_ == nullptr) return ANNOTATION_TYPE_UNKNOWN;
-  return static_cast<E_ANNOTATION_TYPE>(QueryFirstInt(
-      "SELECT type FROM shape WHERE uuid = '" + uuid + "'", "[GetFeatureType]:", -1));
+  CSqlStatement* stmt =
+      statements_->Get(db_, "SELECT type FROM shape WHERE uuid = ?", "[GetFeatureType]:");
+  if (stmt == nullptr) return ANNOTATION_TYPE_UNKNOWN;
+  stmt->BindText(1, uuid, false);
+  if (!stmt->StepRow() || stmt->ColumnIsNull(0)) return ANNOTATION_TYPE_UNKNOWN;
+  return static_cast<E_ANNOTATION_TYPE>(stmt->ColumnInt(0));
 }
 
 bool CSpatialiteDBDataModel::IsLayerExistFeature(const std::string& layerUuid) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(layerUuid, "[IsLayerExistFeature]:")) return false;
   return !QueryFirstText("SELECT uuid FROM shape WHERE puuid = '" + layerUuid + "' Limit 1",
                          "[IsLayerExistFeature]:")
               .empty();
@@ -449,6 +461,7 @@ bool CSpatialiteDBDataModel::IsLayerExistFeature(const std::string& layerUuid) {
 
 bool CSpatialiteDBDataModel::IsLayerExistLayer(const std::string& layerUuid) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(layerUuid, "[IsLayerExistLayer]:")) return false;
   return !QueryFirstText("SELECT uuid FROM layer WHERE layer_puuid = '" + layerUuid + "' Limit 1",
                          "[IsLayerExistLayer]:")
               .empty();
@@ -460,11 +473,16 @@ bool CSpatialiteDBDataModel::QueryParentUUIDList(std::list<std::string>& ancesto
   if (db_ == nullptr) return false;
   E_NODE_KIND kind = QueryNodeKind(uuid);
   if (kind == NODE_KIND_NONE) return false;
-  CSqlStatement ofFeature(db_, "SELECT puuid FROM shape WHERE uuid = ?", "[QueryParentUUIDList]:");
-  CSqlStatement ofLayer(db_, "SELECT folder_puuid, layer_puuid FROM layer WHERE uuid = ?",
-                        "[QueryParentUUIDList]:");
-  CSqlStatement ofFolder(db_, "SELECT puuid FROM folder WHERE uuid = ?", "[QueryParentUUIDList]:");
-  if (!ofFeature.IsValid() || !ofLayer.IsValid() || !ofFolder.IsValid()) return false;
+  CSqlStatement* featureParent =
+      statements_->Get(db_, "SELECT puuid FROM shape WHERE uuid = ?", "[QueryParentUUIDList]:");
+  CSqlStatement* layerParent = statements_->Get(
+      db_, "SELECT folder_puuid, layer_puuid FROM layer WHERE uuid = ?", "[QueryParentUUIDList]:");
+  CSqlStatement* folderParent =
+      statements_->Get(db_, "SELECT puuid FROM folder WHERE uuid = ?", "[QueryParentUUIDList]:");
+  if (featureParent == nullptr || layerParent == nullptr || folderParent == nullptr) return false;
+  CSqlStatement& ofFeature = *featureParent;
+  CSqlStatement& ofLayer = *layerParent;
+  CSqlStatement& ofFolder = *folderParent;
 
   std::unordered_set<std::string> seen{uuid};
   std::string current = uuid;
@@ -531,8 +549,18 @@ bool CSpatialiteDBDataModel::IsNodeVisible(const std::string& uuid) {
       const int status = QueryLayerAttribute_Status(indexes.GetIndexStatus());
       return status >= 0 && AnnotationLayerInner::CheckStateOfStatus(status) == 2;
     }
-    case NODE_KIND_FEATURE:
-      return QueryFeatureOption(uuid).IsNodeChecked();
+    case NODE_KIND_FEATURE: {
+      if (!QueryTableIndexes("shape", uuid, text)) return false;
+      CFeatureOption indexes(uuid);
+      indexes.SetIndexArrayString(text);
+      const std::vector<int64_t> ids = indexes.GetIndexStatus();
+      if (ids.empty()) return false;
+      const int64_t status = QueryFirstInt("SELECT value FROM shape_status WHERE id in(" +
+                                               AnnotationLayerInner::JoinIds(ids) + ")" +
+                                               " AND type = 1",
+                                           "[IsNodeVisible]:", 0);
+      return (status & NODE_STATUS_CHECKED) != 0;
+    }
     default:
       return false;
   }

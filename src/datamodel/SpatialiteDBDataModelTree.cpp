@@ -15,6 +15,7 @@
 #include "LayerOption.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
+#include "StatementCache.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::ExecSql;
@@ -42,6 +43,7 @@ std::string CSpatialiteDBDataModel::GetTopRootUUID() {
 
 std::string CSpatialiteDBDataModel::GetLastFolderChildUUID(const std::string& parentFolderUuid) {
   if (db_ == nullptr) return std::string();
+  if (!IsSafeUUID(parentFolderUuid, "[GetLastFolderChildUUID]:")) return std::string();
   const std::string any = QueryFirstText(std::string("SELECT") + " uuid" + " FROM folder WHERE" +
                                              " puuid = '" + parentFolderUuid + "'" + " Limit 1",
                                          "[GetLastFolderChildUUID]:");
@@ -50,6 +52,7 @@ std::string CSpatialiteDBDataModel::GetLastFolderChildUUID(const std::string& pa
 
 std::string CSpatialiteDBDataModel::GetLastLayerChildUUID(const std::string& parentFolderUuid) {
   if (db_ == nullptr) return std::string();
+  if (!IsSafeUUID(parentFolderUuid, "[GetLastLayerChildUUID]:")) return std::string();
   const std::string any = QueryFirstText(std::string("SELECT") + " uuid" + " FROM layer WHERE" +
                                              " folder_puuid = '" + parentFolderUuid + "'" +
                                              " Limit 1",
@@ -63,6 +66,7 @@ std::string CSpatialiteDBDataModel::GetLastChildUUID(const std::string& parentLa
                                                      bool& isLayer) {
   isLayer = false;
   if (db_ == nullptr) return std::string();
+  if (!IsSafeUUID(parentLayerUuid, "[GetLastChildUUID]:")) return std::string();
   std::string any = QueryFirstText(std::string("SELECT") + " uuid" + " FROM layer WHERE" +
                                        " layer_puuid = '" + parentLayerUuid + "'" + " Limit 1",
                                    "[GetLastChildUUID]:");
@@ -76,17 +80,24 @@ std::string CSpatialiteDBDataModel::GetLastChildUUID(const std::string& parentLa
   return QueryRightLastComposite(any, isLayer);
 }
 
+// Run once per feature by the draw-order lookups: the uuid is bound where the other statements
+// splice it, so that the prepared statement can be reused.
 int CSpatialiteDBDataModel::QueryOrderNum(E_NODE_KIND kind, const std::string& uuid) {
   const char* table = OrderTable(kind);
   if (db_ == nullptr || table == nullptr) return -1;
-  return static_cast<int>(QueryFirstInt(std::string("SELECT") + " order_num" + " FROM " + table +
-                                            " WHERE" + " uuid = '" + uuid + "'",
-                                        "[QueryOrderNum]:", -1));
+  CSqlStatement* stmt = statements_->Get(
+      db_, std::string("SELECT") + " order_num" + " FROM " + table + " WHERE" + " uuid = ?",
+      "[QueryOrderNum]:");
+  if (stmt == nullptr) return -1;
+  stmt->BindText(1, uuid, false);
+  if (!stmt->StepRow() || stmt->ColumnIsNull(0)) return -1;
+  return stmt->ColumnInt(0);
 }
 
 bool CSpatialiteDBDataModel::QueryFolderOrder(const std::string& uuid, std::string& left,
                                               std::string& right, int& orderNum) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(uuid, "[QueryFolderOrder]:")) return false;
   CSqlStatement stmt(db_,
                      std::string("SELECT") + " left_uuid, right_uuid, order_num" +
                          " FROM folder_order WHERE" + " folder_order.uuid = '" + uuid + "'",
@@ -103,6 +114,7 @@ bool CSpatialiteDBDataModel::QueryCompositeOrder(const std::string& uuid, bool i
                                                  std::string& rightShape, std::string& rightLayer,
                                                  int& orderNum) {
   if (db_ == nullptr) return false;
+  if (!IsSafeUUID(uuid, "[QueryCompositeOrder]:")) return false;
   CSqlStatement stmt(db_,
                      std::string("SELECT") +
                          " left_shape_uuid, left_layer_uuid, right_shape_uuid, right_layer_uuid,"
