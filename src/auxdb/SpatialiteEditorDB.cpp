@@ -118,7 +118,7 @@ bool CSpatialiteEditorDB::InsertKeyPointInner(int polygonIndex, int kptIndex,
   insertStatement_->BindInt(2, kptIndex);
   BindPointBlob(insertStatement_->Get(), 3, point);
   if (insertStatement_->Step() != SQLITE_DONE) {
-    ZuLogError(-1) << "[InsertKeyPointInner_Insert]:" << sqlite3_errmsg(db_);
+    ZuLogError(-1) << "[InsertKeyPointInner_Insert]:" << AnnotationLayerInner::ErrorMessage(db_);
     return false;
   }
   return true;
@@ -131,7 +131,7 @@ bool CSpatialiteEditorDB::QueryKeyPointPlace(int id, const std::string& tag, int
                      tag);
   if (!stmt.IsValid()) return false;
   if (stmt.Step() != SQLITE_ROW) {
-    ZuLogError(-1) << tag << sqlite3_errmsg(db_);
+    ZuLogError(-1) << tag << AnnotationLayerInner::ErrorMessage(db_);
     return false;
   }
   polygonIndex = stmt.ColumnInt(0);
@@ -180,7 +180,7 @@ bool CSpatialiteEditorDB::ModifyKeyPointInner(int id, int kptIndex) {
   updateStatement_->BindInt(2, id);
   if (updateStatement_->Step() != SQLITE_DONE) {
     // The tag names an insert although this is an update; log readers search for it as it is.
-    ZuLogError(-1) << "[ModifyKeyPointInner_Insert]:" << sqlite3_errmsg(db_);
+    ZuLogError(-1) << "[ModifyKeyPointInner_Insert]:" << AnnotationLayerInner::ErrorMessage(db_);
     return false;
   }
   return true;

@@ -25,6 +25,7 @@
 #include "StyleJson.h"
 #include "TextConversion.h"
 #include "ZuFieldSetObject.h"
+#include "SqlStatement.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::Utf8ToLocal;
@@ -337,7 +338,7 @@ bool CFeatureBatchImporterImpl::InsertFeature(IAnnotationFeature* feature) {
   }
   const bool inserted = shapeInsert_.Step() == SQLITE_DONE;
   if (!inserted) {
-    ZuLogError(-1) << "[InsertShapeInner] Failed-Geom:" << uuid << " " << sqlite3_errmsg(db_);
+    ZuLogError(-1) << "[InsertShapeInner] Failed-Geom:" << uuid << " " << AnnotationLayerInner::ErrorMessage(db_);
   }
   shapeInsert_.Reset();
   if (!inserted) return false;
@@ -364,7 +365,7 @@ bool CFeatureBatchImporterImpl::WriteLayerStyles() {
     insert.BindInt(2, kStyleFormat);
     insert.BindText(3, json, true);
     if (insert.Step() != SQLITE_DONE) {
-      ZuLogWarn << "[InsertAllLayerStyle]: " << entry.first << " " << sqlite3_errmsg(db_);
+      ZuLogWarn << "[InsertAllLayerStyle]: " << entry.first << " " << AnnotationLayerInner::ErrorMessage(db_);
       ok = false;
     }
     insert.Reset();
@@ -392,7 +393,7 @@ bool CFeatureBatchImporterImpl::WriteLayerBases() {
     update.BindDouble(5, box.max_y);
     update.BindText(6, entry.first, false);
     if (update.Step() != SQLITE_DONE) {
-      ZuLogError(-1) << "[ModifyAllLayerBase]: " << sqlite3_errmsg(db_);
+      ZuLogError(-1) << "[ModifyAllLayerBase]: " << AnnotationLayerInner::ErrorMessage(db_);
       ok = false;
     }
     update.Reset();

@@ -128,7 +128,7 @@ bool CSpatialiteDBDataModel::ModifyGeometryData(const std::string& uuid,
   unsigned char* blob = AnnotationLayerNS::ConvertFeatureToWkbGeom(size, feature);
   sqlite3_bind_blob(stmt.Get(), 6, blob, size, free);
   if (stmt.Step() != SQLITE_DONE) {
-    ZuLogError(-1) << "[ModifyGeometryData_Insert] Failed " << uuid << " " << sqlite3_errmsg(db_);
+    ZuLogError(-1) << "[ModifyGeometryData_Insert] Failed " << uuid << " " << AnnotationLayerInner::ErrorMessage(db_);
     return false;
   }
   return true;

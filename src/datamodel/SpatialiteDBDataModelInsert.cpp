@@ -339,7 +339,7 @@ bool CSpatialiteDBDataModel::InsertFeatureWithData(CFeatureOption& option,
     stmt.BindNull(6);
   }
   if (stmt.Step() != SQLITE_DONE) {
-    ZuLogError(-1) << "[InsertFeature] Failed-Geom:" << uuid << " " << sqlite3_errmsg(db_);
+    ZuLogError(-1) << "[InsertFeature] Failed-Geom:" << uuid << " " << AnnotationLayerInner::ErrorMessage(db_);
     option.SetResult(-1);
     return false;
   }

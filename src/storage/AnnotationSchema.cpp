@@ -60,7 +60,7 @@ bool CreateTables(sqlite3* db) {
   char* error = nullptr;
   if (sqlite3_exec(db, AnnotationLayerInner::kAnnotationSchemaSql, nullptr, nullptr, &error) !=
       SQLITE_OK) {
-    ZuLogError(-1) << kTag << (error != nullptr ? error : sqlite3_errmsg(db));
+    ZuLogError(-1) << kTag << (error != nullptr ? error : AnnotationLayerInner::ErrorMessage(db));
     sqlite3_free(error);
     return false;
   }

@@ -8,6 +8,7 @@
 
 #include "SpatialiteBlob.h"
 #include "TextConversion.h"
+#include "SqlStatement.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::LocalToUtf8;
@@ -26,7 +27,7 @@ bool ExecSpatialFunction(sqlite3* db, const std::string& sql, const char* errorT
   };
   char* error = nullptr;
   if (sqlite3_exec(db, sql.c_str(), firstColumn, &result, &error) != SQLITE_OK) {
-    ZuLogError(-1) << errorText << (error != nullptr ? error : sqlite3_errmsg(db));
+    ZuLogError(-1) << errorText << (error != nullptr ? error : AnnotationLayerInner::ErrorMessage(db));
     sqlite3_free(error);
     return false;
   }
@@ -76,7 +77,7 @@ bool CSpatialiteHandler::OpenWithFlags(const std::string& path, int flags, bool 
   const std::string utf8Path = LocalToUtf8(path);
   sqlite3* db = nullptr;
   if (sqlite3_open_v2(utf8Path.c_str(), &db, flags, nullptr) != SQLITE_OK) {
-    ZuLogError(-1) << errorText << (db != nullptr ? sqlite3_errmsg(db) : "out of memory");
+    ZuLogError(-1) << errorText << (db != nullptr ? AnnotationLayerInner::ErrorMessage(db) : "out of memory");
     sqlite3_close(db);
     db_ = nullptr;
     return false;
@@ -144,7 +145,7 @@ bool RunTransactionStatement(sqlite3* db, const char* sql, const char* tag) {
   if (db == nullptr) return false;
   char* error = nullptr;
   int rc = sqlite3_exec(db, sql, nullptr, nullptr, &error);
-  if (rc != SQLITE_OK) ZuLogError(-1) << tag << sqlite3_errmsg(db);
+  if (rc != SQLITE_OK) ZuLogError(-1) << tag << AnnotationLayerInner::ErrorMessage(db);
   sqlite3_free(error);
   return rc == SQLITE_OK;
 }

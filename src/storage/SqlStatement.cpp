@@ -119,15 +119,24 @@ const void* CSqlStatement::ColumnBlob(int column) const {
 int CSqlStatement::ColumnBytes(int column) const { return sqlite3_column_bytes(stmt_, column); }
 
 void CSqlStatement::LogError(const std::string& detail) const {
-  ZuLogError(-1) << tag_ << detail << (db_ != nullptr ? sqlite3_errmsg(db_) : "no connection");
+  ZuLogError(-1) << tag_ << detail << AnnotationLayerInner::ErrorMessage(db_);
 }
 
 namespace AnnotationLayerInner {
 
+std::string ErrorMessage(sqlite3* db) {
+  if (db == nullptr) return "no connection";
+  sqlite3_mutex* mutex = sqlite3_db_mutex(db);
+  sqlite3_mutex_enter(mutex);
+  std::string message = sqlite3_errmsg(db);
+  sqlite3_mutex_leave(mutex);
+  return message;
+}
+
 bool ExecSql(sqlite3* db, const std::string& sql, const std::string& tag) {
   if (db == nullptr) return false;
   if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK) return true;
-  ZuLogError(-1) << tag << sqlite3_errmsg(db);
+  ZuLogError(-1) << tag << ErrorMessage(db);
   return false;
 }
 

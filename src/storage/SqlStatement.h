@@ -73,6 +73,10 @@ class CSqlStatement {
 
 namespace AnnotationLayerInner {
 
+// A copy of sqlite3_errmsg of the connection, taken under the connection's mutex: other threads
+// share the connection, and the text sqlite3_errmsg points at changes with their next error.
+std::string ErrorMessage(sqlite3* db);
+
 // Runs `sql` with sqlite3_exec; on failure logs the tag followed by sqlite3_errmsg and returns
 // false. A null connection gives false without a log line.
 bool ExecSql(sqlite3* db, const std::string& sql, const std::string& tag);
