@@ -40,7 +40,7 @@ $(TSAN_DIR)/CMakeCache.txt: | deps
 test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 	cmake --build $(TSAN_DIR) -j $(JOBS)
 	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
-		ctest --output-on-failure -j $(JOBS)
+		ctest --output-on-failure -j $(JOBS) -L threads
 
 # The whole suite: the plain build, the AddressSanitizer+UBSan and ThreadSanitizer builds, and a
 # short run of every fuzz target on its seed corpus.
