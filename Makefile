@@ -46,6 +46,7 @@ test: test-plain test-asan test-tsan
 bench: build
 	$(BUILD_DIR)/bench/calculator_bench
 	$(BUILD_DIR)/bench/auxdb_bench
+	$(BUILD_DIR)/bench/spatial_engine_bench
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo
