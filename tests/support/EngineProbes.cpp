@@ -1,5 +1,6 @@
 #include "EngineProbes.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "EventObject.h"
@@ -48,6 +49,17 @@ bool CStateEventCounter::WaitForCount(int code, int count, int ms) const {
   return changed_.wait_for(lock, std::chrono::milliseconds(ms), [&] {
     auto it = values_.find(code);
     return it != values_.end() && static_cast<int>(it->second.size()) >= count;
+  });
+}
+
+bool CStateEventCounter::WaitForValues(int code, const std::set<std::string>& values,
+                                       int ms) const {
+  std::unique_lock<std::mutex> lock(mutex_);
+  return changed_.wait_for(lock, std::chrono::milliseconds(ms), [&] {
+    auto it = values_.find(code);
+    if (it == values_.end()) return values.empty();
+    const std::set<std::string> seen(it->second.begin(), it->second.end());
+    return std::includes(seen.begin(), seen.end(), values.begin(), values.end());
   });
 }
 

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,8 @@ class CStateEventCounter : public IEventObserver {
   std::vector<int> Senders(int code) const;
   // Waits until at least `count` events of `code` have arrived; false when `ms` ran out.
   bool WaitForCount(int code, int count, int ms = 20000) const;
+  // Waits until events of `code` have carried every value in `values`; false when `ms` ran out.
+  bool WaitForValues(int code, const std::set<std::string>& values, int ms = 20000) const;
   void Clear();
 
  private:
