@@ -60,6 +60,7 @@ bench: build
 	$(BUILD_DIR)/bench/calculator_bench
 	$(BUILD_DIR)/bench/auxdb_bench
 	$(BUILD_DIR)/bench/batch_bench
+	$(BUILD_DIR)/bench/spatial_engine_bench
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo

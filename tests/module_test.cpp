@@ -1,16 +1,21 @@
 // The module object: start-up, registration with the object creator, the data model registry.
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <sqlite3.h>
 #include <spatialite.h>
 
+#include "AnnotationEntity.h"
 #include "AnnotationLayerModule.h"
 #include "AnnotationLayerNS.h"
 #include "EventModule.h"
 #include "IAnnotationDBDataModel.h"
+#include "IAnnotationSpatialEngine.h"
 #include "ObjectCreator.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
+#include "TextConversion.h"
 #include "ZuCoreApplication.h"
 #include "ZuLog.h"
 
@@ -108,11 +113,50 @@ TEST_F(ModuleTest, CreateObjectIsUnregisteredAndChecksTheType) {
   CObjectCreatorSingleton::GetInstance()->UnregisterType("NotAModel");
 }
 
-TEST_F(ModuleTest, EnginePartsAnswerEmptyUntilBuilt) {
+TEST_F(ModuleTest, SpatialEngineRegistry) {
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
+  ASSERT_TRUE(module->Start());
   EXPECT_EQ(nullptr, module->CreateSpatialEngine("e", nullptr));
   EXPECT_EQ(nullptr, module->GetSpatialEngine(1));
   EXPECT_EQ(nullptr, module->FindSpatialEngine("e"));
   EXPECT_FALSE(module->DestroySpatialEngine(nullptr));
-  EXPECT_EQ(nullptr, module->CreateEntity());
+
+  CTestDatabase db;
+  IAnnotationDBDataModel* model = module->CreateDataModel("CSpatialiteDBDataModel", "m");
+  ASSERT_NE(nullptr, model);
+  ASSERT_TRUE(model->Install(db.Path()));
+  IAnnotationSpatialEngine* first = module->CreateSpatialEngine("first", model);
+  IAnnotationSpatialEngine* second = module->CreateSpatialEngine("second", model);
+  ASSERT_NE(nullptr, first);
+  ASSERT_NE(nullptr, second);
+  EXPECT_EQ("first", first->GetName());
+  EXPECT_EQ(model, first->GetDataModel());
+  EXPECT_EQ(first, module->GetSpatialEngine(first->GetID()));
+  EXPECT_EQ(second, module->FindSpatialEngine("second"));
+  EXPECT_EQ(nullptr, module->FindSpatialEngine("third"));
+  ASSERT_TRUE(first->Start());
+  const int firstId = first->GetID();
+  EXPECT_TRUE(module->DestroySpatialEngine(first));  // stopped and deleted
+  EXPECT_EQ(nullptr, module->GetSpatialEngine(firstId));
+
+  // Stop winds down what is left, started engines included, before their model goes.
+  ASSERT_TRUE(second->Start());
+  second->OnUpdateRange(EXTENT{0, 0, 1, 1});
+  CZuLogCapture capture;
+  EXPECT_TRUE(module->Stop());
+  EXPECT_EQ(1, capture.Count(AnnotationLayerInner::Utf8ToLocal(
+                                "[CAnnotationSpatialEngine] Stop引擎 [second]")));
+  EXPECT_EQ(nullptr, module->FindSpatialEngine("second"));
+  EXPECT_EQ(0, module->GetDataModelCount());
+}
+
+TEST_F(ModuleTest, CreateEntityHandsANewEntityToTheCaller) {
+  IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
+  std::unique_ptr<CAnnotationEntity> first(module->CreateEntity());
+  std::unique_ptr<CAnnotationEntity> second(module->CreateEntity());
+  ASSERT_NE(nullptr, first);
+  ASSERT_NE(nullptr, second);
+  EXPECT_LT(first->GetID(), second->GetID());
+  EXPECT_FALSE(first->IsAttached());
+  EXPECT_EQ("", first->GetUUID());
 }

@@ -5,6 +5,8 @@
 #define ANNOTATIONLAYER_H
 
 // Host SDK.
+#include "AnnotationRenderer.h"
+#include "AnnotationScene.h"
 #include "EventKernel.h"
 #include "EventModule.h"
 #include "EventObject.h"
@@ -26,6 +28,8 @@
 #include "IObject.h"
 #include "IZuModule.h"
 #include "ObjectCreator.h"
+#include "SceneDrawable.h"
+#include "ScenePainter.h"
 #include "Vector3D.h"
 #include "XEncoder.h"
 #include "ZuCoreApplication.h"
@@ -69,6 +73,11 @@
 #include "NameRecorder.h"
 #include "SpatialiteEditorDB.h"
 #include "SpatialiteNameDB.h"
+
+// Runtime spatial engine.
+#include "AnnotationEntity.h"
+#include "IAnnotationSpatialEngine.h"
+#include "IAnnotationSpatialEngineListener.h"
 
 // Background tasks.
 #include "CriticalLock.h"

@@ -5,7 +5,9 @@
 
 #include <sys/stat.h>
 
+#include "AnnotationEntity.h"
 #include "AnnotationLayerNS.h"
+#include "AnnotationSpatialEngine.h"
 #include "EventModule.h"
 #include "SpatialiteDBDataModel.h"
 #include "TextConversion.h"
@@ -83,7 +85,12 @@ bool CAnnotationLayerModule::DestroyDataModel(IAnnotationDBDataModel* model) {
 
 IAnnotationSpatialEngine* CAnnotationLayerModule::CreateSpatialEngine(
     const std::string& name, IAnnotationDBDataModel* model) {
-  return nullptr;  // the runtime spatial engine is not part of this build yet
+  std::unique_ptr<CAnnotationSpatialEngine> engine(new CAnnotationSpatialEngine);
+  if (!engine->Initialize(name, model)) return nullptr;
+  std::lock_guard<std::mutex> guard(*engineLock_);
+  IAnnotationSpatialEngine* created = engine.release();
+  engines_[created->GetID()] = created;
+  return created;
 }
 
 IAnnotationSpatialEngine* CAnnotationLayerModule::GetSpatialEngine(int objectId) {
@@ -93,14 +100,24 @@ IAnnotationSpatialEngine* CAnnotationLayerModule::GetSpatialEngine(int objectId)
 }
 
 IAnnotationSpatialEngine* CAnnotationLayerModule::FindSpatialEngine(const std::string& name) {
+  std::lock_guard<std::mutex> guard(*engineLock_);
+  for (const auto& entry : engines_) {
+    if (entry.second->GetName() == name) return entry.second;
+  }
   return nullptr;
 }
 
 bool CAnnotationLayerModule::DestroySpatialEngine(IAnnotationSpatialEngine* engine) {
-  return false;
+  if (engine == nullptr) return false;
+  std::lock_guard<std::mutex> guard(*engineLock_);
+  const int id = engine->GetID();
+  engine->Uninitialize();
+  delete engine;
+  engines_.erase(id);
+  return true;
 }
 
-CAnnotationEntity* CAnnotationLayerModule::CreateEntity() { return nullptr; }
+CAnnotationEntity* CAnnotationLayerModule::CreateEntity() { return new CAnnotationEntity; }
 
 int CAnnotationLayerModule::GetDataModelCount() {
   std::lock_guard<std::mutex> guard(*dataModelLock_);
@@ -136,6 +153,12 @@ bool CAnnotationLayerModule::Start() {
 }
 
 bool CAnnotationLayerModule::Stop() {
+  // Engines read their data models from their own threads: they stop before any model goes, and
+  // are uninitialised and deleted after the models, as the registries wind down in that order.
+  {
+    std::lock_guard<std::mutex> guard(*engineLock_);
+    for (auto& entry : engines_) entry.second->Stop();
+  }
   {
     std::lock_guard<std::mutex> guard(*dataModelLock_);
     for (auto& entry : dataModels_) {
@@ -146,7 +169,11 @@ bool CAnnotationLayerModule::Stop() {
   }
   {
     std::lock_guard<std::mutex> guard(*engineLock_);
-    engines_.clear();  // no engine can be registered until the runtime engine is built
+    for (auto& entry : engines_) {
+      entry.second->Uninitialize();
+      delete entry.second;
+    }
+    engines_.clear();
   }
   return true;
 }

@@ -3,7 +3,8 @@
 // event kernel, and keeps registries of the data models and spatial engines it made.
 //
 // Threading contract: as IAnnotationLayerModule. Each registry has its own mutex; no registry lock
-// is held while the other is taken.
+// is held while the other is taken. Engines are stopped under the engine lock; their threads never
+// take a registry lock.
 #ifndef ANNOTATIONLAYER_ANNOTATION_LAYER_MODULE_H
 #define ANNOTATIONLAYER_ANNOTATION_LAYER_MODULE_H
 
@@ -56,7 +57,7 @@ class CAnnotationLayerModule : public IAnnotationLayerModule, public IEventObser
   std::unique_ptr<std::mutex> dataModelLock_;
   std::map<int, IAnnotationDBDataModel*> dataModels_;  // owned
   std::unique_ptr<std::mutex> engineLock_;
-  std::map<int, IAnnotationSpatialEngine*> engines_;  // owned once engines exist
+  std::map<int, IAnnotationSpatialEngine*> engines_;  // owned
   std::string cacheDir_;
   // Kept alive while registered with the object creator; unregistered by the destructor.
   std::unique_ptr<CObjectRegisterAgent> dataModelAgent_;

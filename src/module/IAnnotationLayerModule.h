@@ -35,12 +35,16 @@ class ANNOTATIONLAYER_EXPORT IAnnotationLayerModule : public IZuModule {
   virtual IAnnotationDBDataModel* FindDataModel(const std::string& name) = 0;
   // Uninitialises and deletes a model made by CreateDataModel.
   virtual bool DestroyDataModel(IAnnotationDBDataModel* model) = 0;
+  // Makes a spatial engine over `model`, initialises it with `name` and registers it under its
+  // object id. Null when model is null.
   virtual IAnnotationSpatialEngine* CreateSpatialEngine(const std::string& name,
                                                         IAnnotationDBDataModel* model) = 0;
   virtual IAnnotationSpatialEngine* GetSpatialEngine(int objectId) = 0;
+  // The registered engine whose name equals `name`, or null.
   virtual IAnnotationSpatialEngine* FindSpatialEngine(const std::string& name) = 0;
+  // Uninitialises (stops) and deletes an engine made by CreateSpatialEngine.
   virtual bool DestroySpatialEngine(IAnnotationSpatialEngine* engine) = 0;
-  // A new entity owned by the caller; null until the runtime engine is built.
+  // A new, empty entity owned by the caller.
   virtual CAnnotationEntity* CreateEntity() = 0;
   // The number of data models registered with the module.
   virtual int GetDataModelCount() = 0;

@@ -1,0 +1,411 @@
+#include "AnnotationSpatialEngine.h"
+
+#include <QString>
+#include <QVariant>
+
+#include "AnnotationEntity.h"
+#include "AnnotationLayerNS.h"
+#include "CriticalLock.h"
+#include "EntityAssignPool.h"
+#include "EntityRecord.h"
+#include "EventModule.h"
+#include "EventObject.h"
+#include "FeatureOption.h"
+#include "IAnnotationDBDataModel.h"
+#include "IAnnotationLayerModule.h"
+#include "IAnnotationSpatialEngineListener.h"
+#include "NodeCacheCalculator.h"
+#include "Stopwatch.h"
+#include "TaskEx.h"
+#include "TextConversion.h"
+#include "ZuCoreApplication.h"
+#include "ZuLog.h"
+
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+constexpr int kNormalPriority = 120;
+constexpr int kReserved = 102400;
+constexpr int kPassSleepMs = 10;
+constexpr int kTraversalIdleMs = 200;
+constexpr int kCreatorSleepMs = 10;
+constexpr int kCreatorIdleMs = 100;
+
+CNodeAttribute VisibleAttribute() {
+  CNodeAttribute attribute;
+  attribute.SetVisible(true);
+  return attribute;
+}
+
+bool SameRange(const EXTENT& a, const EXTENT& b) {
+  return a.min_x == b.min_x && a.min_y == b.min_y && a.max_x == b.max_x && a.max_y == b.max_y;
+}
+
+// Stops a task the way every owner in the module does, then detaches and deletes it. StopTask
+// runs even when the body has already left, so that its thread is joined before the task goes.
+void ReleaseTask(std::unique_ptr<CTaskEx>* task) {
+  if (!*task) return;
+  if (!(*task)->IsStopped()) (*task)->RequestStop();
+  (*task)->StopTask(-1);
+  (*task)->SetTaskUser(nullptr);
+  task->reset();
+}
+
+}  // namespace
+
+CAnnotationSpatialEngine::CAnnotationSpatialEngine()
+    : pendingLock_(new CCriticalLock), excludedLock_(new CCriticalLock) {
+  for (std::atomic<double>& value : range_) value.store(0.0, std::memory_order_relaxed);
+}
+
+CAnnotationSpatialEngine::~CAnnotationSpatialEngine() {
+  // Threads that outlived their engine would run on a destroyed object.
+  Stop();
+}
+
+bool CAnnotationSpatialEngine::Initialize(const std::string& name, IAnnotationDBDataModel* model) {
+  if (model == nullptr) return false;
+  Stop();  // a running engine is re-bound only after its threads are gone
+  id_.store(GenerateZuObjectID(), std::memory_order_relaxed);
+  name_ = name;
+  module_ = GetOrCreateAnnotationLayerModule();
+  dataModel_ = model;
+  started_.store(false, std::memory_order_relaxed);
+  changeCount_.store(0, std::memory_order_relaxed);
+  calculator_ = model->GetNodeCacheCalculator();
+  return true;
+}
+
+bool CAnnotationSpatialEngine::Uninitialize() {
+  Stop();
+  calculator_ = nullptr;
+  module_ = nullptr;
+  dataModel_ = nullptr;
+  name_.clear();
+  id_.store(-1, std::memory_order_relaxed);
+  return true;
+}
+
+std::string CAnnotationSpatialEngine::GetName() { return name_; }
+
+int CAnnotationSpatialEngine::GetID() { return id_.load(std::memory_order_relaxed); }
+
+IAnnotationDBDataModel* CAnnotationSpatialEngine::GetDataModel() { return dataModel_; }
+
+void CAnnotationSpatialEngine::SetAttachParam(int param) {
+  attachParam_.store(param, std::memory_order_relaxed);
+}
+
+int CAnnotationSpatialEngine::GetAttachParam() {
+  return attachParam_.load(std::memory_order_relaxed);
+}
+
+void CAnnotationSpatialEngine::SetKeyedList(int key,
+                                            const std::vector<std::pair<int, std::string>>& list) {
+  keyedLists_[key] = list;
+}
+
+std::vector<std::pair<int, std::string>> CAnnotationSpatialEngine::GetKeyedList(int key) {
+  auto it = keyedLists_.find(key);
+  return it == keyedLists_.end() ? std::vector<std::pair<int, std::string>>() : it->second;
+}
+
+void CAnnotationSpatialEngine::SetMaxPerPass(int count) {
+  maxPerPass_.store(count, std::memory_order_relaxed);
+}
+
+int CAnnotationSpatialEngine::GetMaxPerPass() {
+  return maxPerPass_.load(std::memory_order_relaxed);
+}
+
+void CAnnotationSpatialEngine::SetListener(IAnnotationSpatialEngineListener* listener) {
+  listener_ = listener;
+}
+
+IAnnotationSpatialEngineListener* CAnnotationSpatialEngine::GetListener() { return listener_; }
+
+bool CAnnotationSpatialEngine::Start() {
+  if (started_.load(std::memory_order_relaxed)) return true;
+  if (dataModel_ == nullptr) return false;
+  started_.store(true, std::memory_order_relaxed);
+  changeCount_.store(0, std::memory_order_relaxed);
+  StoreRange(EXTENT());
+  // The pool exists before any thread that uses it runs.
+  if (!pool_) {
+    pool_.reset(new CEntityAssignPool(this, module_, kEntityLimit));
+    pool_->Start();
+  }
+  mainTask_.reset(new CTaskEx);
+  mainTask_->SetTaskUser(this);
+  mainTaskId_.store(mainTask_.get(), std::memory_order_relaxed);
+  mainTask_->StartTask(std::string(), kNormalPriority, kReserved);
+  for (int i = 0; i < kCreatorCount; ++i) {
+    std::unique_ptr<CTaskEx> creator(new CTaskEx);
+    creator->SetTaskUser(this);
+    creator->StartTask(std::string(), kNormalPriority, kReserved);
+    creatorTasks_.push_back(std::move(creator));
+  }
+  ZuLOG << Utf8ToLocal("[CAnnotationSpatialEngine] Start引擎 [") << name_ << "]";
+  return true;
+}
+
+bool CAnnotationSpatialEngine::Stop() {
+  if (!started_.load(std::memory_order_relaxed)) return true;
+  started_.store(false, std::memory_order_relaxed);
+  ReleaseTask(&mainTask_);
+  mainTaskId_.store(nullptr, std::memory_order_relaxed);
+  for (std::unique_ptr<CTaskEx>& creator : creatorTasks_) ReleaseTask(&creator);
+  creatorTasks_.clear();
+  if (pool_) {
+    pool_->Stop();
+    pool_.reset();  // releases every entity
+  }
+  if (listener_ != nullptr) listener_->OnReset();
+  ZuLOG << Utf8ToLocal("[CAnnotationSpatialEngine] Stop引擎 [") << name_ << "]";
+  return true;
+}
+
+bool CAnnotationSpatialEngine::IsStarted() { return started_.load(std::memory_order_relaxed); }
+
+void CAnnotationSpatialEngine::ResetAll() {
+  if (!pool_) return;
+  DropAll(false);
+}
+
+void CAnnotationSpatialEngine::Refresh() {
+  if (!pool_) return;
+  DropAll(true);
+  changeCount_.store(1, std::memory_order_release);
+}
+
+void CAnnotationSpatialEngine::ReattachAll() {
+  if (!started_.load(std::memory_order_relaxed) || !pool_) return;
+  pool_->ReattachAll(attachParam_.load(std::memory_order_relaxed));
+}
+
+void CAnnotationSpatialEngine::OnUpdateRange(const EXTENT& range) {
+  if (!started_.load(std::memory_order_relaxed)) return;
+  const EXTENT current = LoadRange();
+  if (SameRange(current, range)) return;
+  if (AnnotationLayerNS::IsNeedUpdateRange(current, range)) {
+    ZuLOG << Utf8ToLocal("[SpatialEngine::OnUpdateRange] 优先考虑更小的范围 [") << name_ << "]";
+    abortPass_.store(true, std::memory_order_relaxed);
+  }
+  StoreRange(range);
+  {
+    CCriticalLockGuard guard(pendingLock_.get());
+    pendingFeatures_.clear();
+  }
+  // Raised after the range is stored: the pass that takes this change reads this range.
+  changeCount_.fetch_add(1, std::memory_order_release);
+  if (listener_ != nullptr) listener_->OnRangeChanged(range);
+}
+
+EXTENT CAnnotationSpatialEngine::GetRange() { return LoadRange(); }
+
+void CAnnotationSpatialEngine::UpdateFeature(const std::string& uuid) {
+  if (!pool_ || dataModel_ == nullptr) return;
+  if (!dataModel_->IsExistNode(uuid, NODE_KIND_FEATURE)) {
+    pool_->ReleaseEntity(uuid);
+    return;
+  }
+  if (IsFeatureExcluded(uuid)) return;
+  std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
+  if (!record) return;
+  CNodeAttribute attribute =
+      calculator_ != nullptr ? calculator_->GetEntityAttribute(uuid) : VisibleAttribute();
+  std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
+  if (entity) {
+    // The calculator knows no draw values; the entity keeps the one its last pass gave it.
+    attribute.SetZValue(entity->GetAttribute().GetZValue());
+    entity->SetAttribute(attribute);
+  } else {
+    record->SetAttribute(attribute);
+    record->SetFeatureType(dataModel_->GetFeatureType(uuid));
+  }
+  if (pool_->AssignEntity(uuid, CAnnotationEntity::kUpdateAll)) {
+    entity = record->GetEntity();
+    if (entity) entity->Attach(attachParam_.load(std::memory_order_relaxed));
+  }
+  if (listener_ != nullptr) listener_->OnFeatureChanged(uuid);
+}
+
+bool CAnnotationSpatialEngine::SetFeatureExcluded(const std::string& uuid, bool excluded) {
+  if (excluded) {
+    if (pool_) pool_->ReleaseEntity(uuid);
+    if (listener_ != nullptr) listener_->OnFeatureRemoved(uuid);
+    excludedLock_->Lock();
+    excludedFeatures_.insert(uuid);
+  } else {
+    excludedLock_->Lock();
+    excludedFeatures_.erase(uuid);
+  }
+  return excludedLock_->Unlock();
+}
+
+bool CAnnotationSpatialEngine::IsFeatureExcluded(const std::string& uuid) {
+  CCriticalLockGuard guard(excludedLock_.get());
+  return excludedFeatures_.count(uuid) != 0;
+}
+
+int CAnnotationSpatialEngine::GetPendingCount() {
+  CCriticalLockGuard guard(pendingLock_.get());
+  return static_cast<int>(pendingFeatures_.size());
+}
+
+std::vector<const CTask*> CAnnotationSpatialEngine::GetTasks() const {
+  std::vector<const CTask*> tasks;
+  if (mainTask_) tasks.push_back(mainTask_.get());
+  for (const std::unique_ptr<CTaskEx>& creator : creatorTasks_) tasks.push_back(creator.get());
+  return tasks;
+}
+
+void CAnnotationSpatialEngine::OnRunTaskEx(CTaskEx* task) {
+  if (task == mainTaskId_.load(std::memory_order_relaxed)) {
+    while (!task->IsStopped() && started_.load(std::memory_order_relaxed)) {
+      const bool ran = RunTraversalStep();
+      task->SleepWhileRunning(ran ? kPassSleepMs : kTraversalIdleMs);
+    }
+    return;
+  }
+  while (!task->IsStopped() && started_.load(std::memory_order_relaxed)) {
+    const bool took = RunCreationStep();
+    task->SleepWhileRunning(took ? kCreatorSleepMs : kCreatorIdleMs);
+  }
+}
+
+bool CAnnotationSpatialEngine::RunTraversalStep() {
+  if (dataModel_ == nullptr || changeCount_.load(std::memory_order_relaxed) < 1) return false;
+  if (!passOrder_.Empty()) return true;  // a pass is still being ranked
+  changeCount_.exchange(0, std::memory_order_acquire);
+  const CStopwatch stopwatch;
+  const EXTENT range = LoadRange();
+  ZuLOG << "----> Travel Begin [" << name_ << "]>>>>>" << range.min_x << ", " << range.min_y
+        << ", " << range.max_x << ", " << range.max_y;
+  pool_->BeginTravel();
+  acceptedCount_.store(0, std::memory_order_relaxed);
+  abortPass_.store(false, std::memory_order_relaxed);
+
+  dataModel_->TravelViaExtent(this, range, -1);
+
+  // The lowest key gets the largest draw value, the last one 1.
+  int z = passOrder_.Size();
+  passOrder_.ForEach(
+      [&](const CNodeOrder&, const std::string& uuid) { ApplyDrawOrder(uuid, z--); });
+  pool_->EndTravel();
+  ZuLOG << "----> Travel End [" << name_ << "] <<<<< d="
+        << static_cast<long long>(stopwatch.ElapsedMs()) << "ms size=" << passOrder_.Size();
+  passOrder_.Clear();
+  passCount_.fetch_add(1, std::memory_order_relaxed);
+  return true;
+}
+
+IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature(
+    IAnnotationDBDataModel* model, const std::list<std::string>& path, const std::string& uuid,
+    const CFeatureOption& option) {
+  // Answering "stop" ends the extent walk; it is the answer once the pass is to be cut short.
+  auto goOn = [this] {
+    return abortPass_.load(std::memory_order_relaxed) ? HANDLE_TYPE_STOP : HANDLE_TYPE_CONTINUE;
+  };
+  if (IsFeatureExcluded(uuid)) return goOn();
+  CNodeAttribute attribute = VisibleAttribute();
+  if (calculator_ != nullptr) {
+    attribute = calculator_->GetEntityAttribute(uuid);
+    if (!attribute.IsVisible()) return goOn();
+  }
+  std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
+  if (!record) return HANDLE_TYPE_CONTINUE;
+  std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
+  if (entity) {
+    entity->SetAttribute(attribute);
+  } else {
+    record->SetAttribute(attribute);
+    record->SetFeatureType(dataModel_->GetFeatureType(uuid));
+    // Queued again on every pass in which the feature still has no entity.
+    CCriticalLockGuard guard(pendingLock_.get());
+    pendingFeatures_.push_back(uuid);
+  }
+  if (calculator_ != nullptr) {
+    // An equal key keeps the feature met first; this one gets no draw value in this pass.
+    passOrder_.Insert(calculator_->GetEntityOrder(uuid), uuid);
+  } else {
+    ApplyDrawOrder(uuid, 0);
+  }
+  const int accepted = acceptedCount_.fetch_add(1, std::memory_order_relaxed) + 1;
+  if (accepted > maxPerPass_.load(std::memory_order_relaxed)) {
+    abortPass_.store(true, std::memory_order_relaxed);
+    return HANDLE_TYPE_STOP;
+  }
+  return goOn();
+}
+
+bool CAnnotationSpatialEngine::IsAborted() {
+  return abortPass_.load(std::memory_order_relaxed) || !started_.load(std::memory_order_relaxed);
+}
+
+void CAnnotationSpatialEngine::ApplyDrawOrder(const std::string& uuid, int z) {
+  if (!pool_) return;
+  pool_->HasRecord(uuid);  // asked as the pool's protocol has it; the answer is not needed
+  std::shared_ptr<CEntityRecord> record = pool_->FindRecord(uuid);
+  if (!record) return;
+  record->SetZValue(z);
+  std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
+  if (!entity) return;
+  // The entity holds this pass's attribute already; only its draw value changes.
+  CNodeAttribute attribute = entity->GetAttribute();
+  attribute.SetZValue(z);
+  entity->SetAttribute(attribute);
+  entity->Update(CAnnotationEntity::kUpdateAttribute);
+  pool_->QueueUpdate(uuid);
+}
+
+bool CAnnotationSpatialEngine::RunCreationStep() {
+  std::string uuid;
+  {
+    CCriticalLockGuard guard(pendingLock_.get());
+    if (pendingFeatures_.empty()) return false;
+    uuid = std::move(pendingFeatures_.front());
+    pendingFeatures_.pop_front();
+  }
+  if (IsFeatureExcluded(uuid) || !pool_) return false;
+  if (pool_->AssignEntity(uuid, CAnnotationEntity::kUpdateAttribute)) SendEntityEvent(uuid);
+  return true;
+}
+
+void CAnnotationSpatialEngine::DropAll(bool keepRange) {
+  changeCount_.store(0, std::memory_order_relaxed);
+  abortPass_.store(true, std::memory_order_relaxed);
+  if (!keepRange) StoreRange(EXTENT());
+  {
+    CCriticalLockGuard guard(pendingLock_.get());
+    pendingFeatures_.clear();
+  }
+  pool_->ClearAll();
+  if (listener_ != nullptr) listener_->OnReset();
+}
+
+void CAnnotationSpatialEngine::StoreRange(const EXTENT& range) {
+  range_[0].store(range.min_x, std::memory_order_relaxed);
+  range_[1].store(range.min_y, std::memory_order_relaxed);
+  range_[2].store(range.max_x, std::memory_order_relaxed);
+  range_[3].store(range.max_y, std::memory_order_relaxed);
+}
+
+EXTENT CAnnotationSpatialEngine::LoadRange() const {
+  EXTENT range;
+  range.min_x = range_[0].load(std::memory_order_relaxed);
+  range.min_y = range_[1].load(std::memory_order_relaxed);
+  range.max_x = range_[2].load(std::memory_order_relaxed);
+  range.max_y = range_[3].load(std::memory_order_relaxed);
+  return range;
+}
+
+void CAnnotationSpatialEngine::SendEntityEvent(const std::string& uuid) {
+  if (module_ == nullptr) return;
+  CEventModule* events = module_->GetEventModule();
+  if (events == nullptr) return;
+  const CStateEventObject event(kStateType, GetID(), kEventEntityCreated,
+                                QVariant(QString::fromStdString(uuid)));
+  events->SendEvent(&event);
+}

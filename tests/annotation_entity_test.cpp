@@ -1,0 +1,210 @@
+// Annotation entities: built from the data model, attached to the renderer's scenes, updated by
+// mask, retired for good.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "AnnotationEntity.h"
+#include "AnnotationFeature.h"
+#include "AnnotationRenderer.h"
+#include "FeaturePenStyle.h"
+#include "FeatureStyleSet.h"
+#include "NodeCacheCalculator.h"
+#include "PointGrid.h"
+#include "SpatialiteDBDataModel.h"
+#include "TestDatabase.h"
+#include "TreeBuilder.h"
+#include "ZuLog.h"
+
+namespace {
+
+// Views of their own, so that no other test's drawables meet these.
+constexpr int kView = 9101;
+constexpr int kOtherView = 9102;
+
+CFeatureStyleSet PenOfWidth(double width) {
+  CFeatureStyleSet styles;
+  auto pen = std::make_unique<CFeaturePenStyle>();
+  pen->SetWidth(width);
+  styles.PushBack(std::move(pen));
+  return styles;
+}
+
+double PenWidth(const CSceneDrawable& drawable) {
+  const auto* pen = dynamic_cast<const CFeaturePenStyle*>(drawable.styles.At(0));
+  return pen != nullptr ? pen->GetWidth() : -1;
+}
+
+class EntityTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_.Install(db_.Path()));
+    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
+    const std::string folder = tree_.AddFolder(db_.RootUUID(), "f");
+    SPointGrid grid;
+    grid.columns = 2;
+    grid.x0 = 10;
+    grid.y0 = 20;
+    std::vector<std::string> layers;
+    ASSERT_TRUE(ImportPointGrid(&model_, folder, "points", grid, 100, &layers));
+    layer_ = layers.at(0);
+    bool isLayer = true;
+    first_ = model_.QueryChildByOrder(layer_, 0, isLayer);
+    second_ = model_.QueryChildByOrder(layer_, 1, isLayer);
+    ASSERT_FALSE(first_.empty());
+    const CFeatureStyleSet layerStyle = PenOfWidth(4);
+    ASSERT_TRUE(model_.ModifyOrInsertStyle(layer_, &layerStyle, 3));
+    scene_ = CAnnotationRenderer::GetInstance()->GetScene(kView);
+    other_ = CAnnotationRenderer::GetInstance()->GetScene(kOtherView);
+    scene_->Clear();
+    other_->Clear();
+  }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+  CTreeBuilder tree_{&model_};
+  std::string layer_, first_, second_;
+  CAnnotationScene* scene_ = nullptr;
+  CAnnotationScene* other_ = nullptr;
+};
+
+}  // namespace
+
+TEST_F(EntityTest, BuildReadsTheFeatureWithItsLayersStyle) {
+  CAnnotationEntity entity;
+  EXPECT_GT(entity.GetID(), 0);
+  ASSERT_TRUE(entity.Build(&model_, first_));
+  EXPECT_EQ(first_, entity.GetUUID());
+  EXPECT_EQ("p0_0", entity.GetName());
+  EXPECT_EQ(ANNOTATION_TYPE_POINT, entity.GetFeatureType());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_POINT, entity.GetGeometryType());
+  ASSERT_EQ(1, entity.GetPartCount());
+  const CSceneDrawable drawable = entity.GetDrawable();
+  EXPECT_EQ(first_, drawable.key);
+  EXPECT_EQ(entity.GetID(), drawable.owner);
+  EXPECT_EQ(10, drawable.parts[0].At(0).X());
+  EXPECT_EQ(20, drawable.parts[0].At(0).Y());
+  EXPECT_EQ(4, PenWidth(drawable));  // no style of its own: the layer's
+  EXPECT_FALSE(entity.IsAttached());
+
+  // Its own style wins over the layer's.
+  const CFeatureStyleSet own = PenOfWidth(9);
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(second_, &own, 3));
+  CAnnotationEntity styled;
+  ASSERT_TRUE(styled.Build(&model_, second_));
+  EXPECT_EQ(9, PenWidth(styled.GetDrawable()));
+  EXPECT_LT(entity.GetID(), styled.GetID());  // later entities have larger ids
+}
+
+TEST_F(EntityTest, BuildOfAMissingFeatureFailsWithOneWarning) {
+  CAnnotationEntity entity;
+  CZuLogCapture capture;
+  EXPECT_FALSE(entity.Build(&model_, "no-such-feature"));
+  EXPECT_EQ(1, capture.Count("[CAnnotationEntity]:no geometry for no-such-feature"));
+  EXPECT_FALSE(entity.Build(nullptr, first_));
+  EXPECT_FALSE(entity.Build(&model_, ""));
+  EXPECT_EQ("", entity.GetUUID());
+  EXPECT_FALSE(entity.Attach(kView));  // nothing built, nothing to attach
+  EXPECT_FALSE(entity.Update(CAnnotationEntity::kUpdateAll));
+}
+
+TEST_F(EntityTest, AttachMovesBetweenScenesAndRetireIsFinal) {
+  const int liveBefore = CAnnotationEntity::GetLiveCount();
+  {
+    CAnnotationEntity entity;
+    EXPECT_EQ(liveBefore + 1, CAnnotationEntity::GetLiveCount());
+    ASSERT_TRUE(entity.Build(&model_, first_));
+    EXPECT_FALSE(entity.Attach(-1));
+    ASSERT_TRUE(entity.Attach(kView));
+    EXPECT_TRUE(entity.IsAttached());
+    EXPECT_EQ(kView, entity.GetAttachParam());
+    EXPECT_TRUE(scene_->Contains(first_));
+    ASSERT_TRUE(entity.Attach(kOtherView));  // moved, not copied
+    EXPECT_FALSE(scene_->Contains(first_));
+    EXPECT_TRUE(other_->Contains(first_));
+    EXPECT_TRUE(entity.Detach());
+    EXPECT_FALSE(entity.Detach());
+    EXPECT_EQ(-1, entity.GetAttachParam());
+    EXPECT_EQ(0, other_->GetCount());
+
+    ASSERT_TRUE(entity.Attach(kView));
+    entity.Retire();
+    EXPECT_TRUE(entity.IsRetired());
+    EXPECT_FALSE(entity.IsAttached());
+    EXPECT_FALSE(scene_->Contains(first_));
+    EXPECT_FALSE(entity.Attach(kView));
+    EXPECT_FALSE(scene_->Contains(first_));
+  }
+  {
+    CAnnotationEntity attached;
+    ASSERT_TRUE(attached.Build(&model_, second_));
+    ASSERT_TRUE(attached.Attach(kView));
+  }
+  EXPECT_FALSE(scene_->Contains(second_));  // the destructor detached it
+  EXPECT_EQ(liveBefore, CAnnotationEntity::GetLiveCount());
+}
+
+TEST_F(EntityTest, AttributeUpdatesTravelAloneAndFullUpdatesRereadTheFeature) {
+  CAnnotationEntity entity;
+  ASSERT_TRUE(entity.Build(&model_, first_));
+  ASSERT_TRUE(entity.Attach(kView));
+  CNodeAttribute attribute;
+  attribute.SetZValue(17);
+  attribute.SetLevel(3, 12);
+  attribute.SetNameLevel(5, 9);
+  entity.SetAttribute(attribute);
+  EXPECT_EQ(17, entity.GetAttribute().GetZValue());
+  CSceneDrawable held;
+  ASSERT_TRUE(scene_->GetDrawable(first_, &held));
+  EXPECT_EQ(0, held.display.zValue);  // set, not yet published
+
+  // The feature moves and gets a style of its own; an attribute update does not read that.
+  CAnnotationFeature moved(GEOMETRY_DATA_TYPE_POINT);
+  CGeometryData part;
+  part.PushBack(CVector3D(30, 40, 5));
+  moved.AddPart(part);
+  ASSERT_TRUE(model_.ModifyGeometryData(first_, &moved));
+  const CFeatureStyleSet own = PenOfWidth(2);
+  ASSERT_TRUE(model_.ModifyOrInsertStyle(first_, &own, 3));
+
+  ASSERT_TRUE(entity.Update(CAnnotationEntity::kUpdateAttribute));
+  ASSERT_TRUE(scene_->GetDrawable(first_, &held));
+  EXPECT_EQ(17, held.display.zValue);
+  EXPECT_EQ(3, held.display.minLevel);
+  EXPECT_EQ(12, held.display.maxLevel);
+  EXPECT_EQ(5, held.display.minNameLevel);
+  EXPECT_EQ(9, held.display.maxNameLevel);
+  EXPECT_EQ(10, held.parts[0].At(0).X());
+  EXPECT_EQ(4, PenWidth(held));
+
+  ASSERT_TRUE(entity.Update(CAnnotationEntity::kUpdateAll));
+  ASSERT_TRUE(scene_->GetDrawable(first_, &held));
+  EXPECT_EQ(30, held.parts[0].At(0).X());
+  EXPECT_EQ(5, held.parts[0].At(0).Z());
+  EXPECT_EQ(2, PenWidth(held));
+  EXPECT_EQ(17, held.display.zValue);
+
+  // A hidden attribute keeps the drawable in the scene but out of what is drawn.
+  attribute.SetVisible(false);
+  entity.SetAttribute(attribute);
+  entity.Update(CAnnotationEntity::kUpdateAttribute);
+  EXPECT_TRUE(scene_->Contains(first_));
+  EXPECT_TRUE(scene_->Collect(5).empty());
+}
+
+TEST_F(EntityTest, ANewerEntityOfTheFeatureHoldsTheSlot) {
+  auto older = std::make_unique<CAnnotationEntity>();
+  auto newer = std::make_unique<CAnnotationEntity>();
+  ASSERT_TRUE(older->Build(&model_, first_));
+  ASSERT_TRUE(newer->Build(&model_, first_));
+  ASSERT_TRUE(older->Attach(kView));
+  ASSERT_TRUE(newer->Attach(kView));  // takes the slot over
+  EXPECT_EQ(newer->GetID(), scene_->GetOwner(first_));
+  EXPECT_FALSE(older->Attach(kView));  // cannot take it back
+  older->Retire();
+  older.reset();
+  EXPECT_EQ(newer->GetID(), scene_->GetOwner(first_));
+  newer.reset();
+  EXPECT_FALSE(scene_->Contains(first_));
+}

@@ -1,0 +1,486 @@
+// The runtime spatial engine: passes driven by the view extent, the per-pass limit, inherited
+// visibility and draw order, exclusion, reset and refresh, stop and restart, its events and logs.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+
+#include "AnnotationEntity.h"
+#include "AnnotationFeature.h"
+#include "AnnotationRenderer.h"
+#include "AnnotationSpatialEngine.h"
+#include "CacheDirScope.h"
+#include "EngineProbes.h"
+#include "EntityAssignPool.h"
+#include "EntityRecord.h"
+#include "IAnnotationLayerModule.h"
+#include "LayerOption.h"
+#include "NodeCacheCalculator.h"
+#include "PointGrid.h"
+#include "SpatialiteDBDataModel.h"
+#include "Task.h"
+#include "TestDatabase.h"
+#include "TextConversion.h"
+#include "TreeBuilder.h"
+
+using AnnotationLayerInner::Utf8ToLocal;
+
+namespace {
+
+constexpr int kView = 9201;
+constexpr int kOtherView = 9202;
+const char kPassEnd[] = "----> Travel End [test]";
+
+// A model whose engine sees no node cache calculator.
+class CalculatorlessModel : public CSpatialiteDBDataModel {
+ public:
+  CNodeCacheCalculator* GetNodeCacheCalculator() override { return nullptr; }
+};
+
+class EngineTest : public ::testing::Test {
+ protected:
+  void SetUp() override { SetUpWith(std::make_unique<CSpatialiteDBDataModel>()); }
+  void SetUpWith(std::unique_ptr<CSpatialiteDBDataModel> model) {
+    model_ = std::move(model);
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_->Install(db_.Path()));
+    calculator_ = model_->CSpatialiteDBDataModel::GetNodeCacheCalculator();
+    ASSERT_TRUE(calculator_->WaitForFinished(10000));
+    folder_ = CTreeBuilder(model_.get()).AddFolder(db_.RootUUID(), "f");
+    module_ = GetOrCreateAnnotationLayerModule();
+    ASSERT_TRUE(module_->Start());
+    scene_ = CAnnotationRenderer::GetInstance()->GetScene(kView);
+    scene_->Clear();
+    CAnnotationRenderer::GetInstance()->GetScene(kOtherView)->Clear();
+    log_.reset(new CLogWaiter);
+    IAnnotationSpatialEngine* engine = module_->CreateSpatialEngine("test", model_.get());
+    ASSERT_NE(nullptr, engine);
+    engine_ = static_cast<CAnnotationSpatialEngine*>(engine);
+    engine_->SetAttachParam(kView);
+    engine_->SetListener(&listener_);
+  }
+  void TearDown() override {
+    DestroyAnnotationLayerModule();  // stops and deletes the engine
+    log_.reset();
+  }
+
+  // Imports columns x rows points at (0.5 + i, 0.5 + j) as one new layer below the folder and
+  // returns their uuids in sibling order.
+  std::vector<std::string> Populate(int columns, int rows, double x0 = 0.5) {
+    SPointGrid grid;
+    grid.columns = columns;
+    grid.rows = rows;
+    grid.x0 = x0;
+    grid.y0 = 0.5;
+    std::vector<std::string> layers;
+    EXPECT_TRUE(ImportPointGrid(model_.get(), folder_, "points", grid, columns * rows, &layers));
+    layer_ = layers.at(0);
+    // In sibling order, read in one statement (walking the sibling list per index is quadratic).
+    std::vector<std::string> features;
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(model_->GetConnection(),
+                       ("SELECT s.uuid FROM shape s JOIN shape_order o ON o.uuid = s.uuid "
+                        "WHERE s.puuid = '" + layer_ + "' ORDER BY o.order_num").c_str(),
+                       -1, &stmt, nullptr);
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+      features.push_back(reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0)));
+    }
+    sqlite3_finalize(stmt);
+    EXPECT_EQ(static_cast<size_t>(columns * rows), features.size());
+    calculator_->Refresh();
+    EXPECT_TRUE(calculator_->WaitForFinished(10000));
+    return features;
+  }
+  bool WaitPasses(int count) { return log_->WaitForCount(kPassEnd, count); }
+  bool WaitEntities(int count) { return events_.WaitForCount(551, count); }
+  int Passes() { return log_->Count(kPassEnd); }
+  std::set<std::string> SceneKeys() {
+    const std::vector<std::string> keys = scene_->GetKeys();
+    return std::set<std::string>(keys.begin(), keys.end());
+  }
+
+  CCacheDirScope cacheDir_;
+  CTestDatabase db_;
+  std::unique_ptr<CSpatialiteDBDataModel> model_;
+  CNodeCacheCalculator* calculator_ = nullptr;
+  std::string folder_, layer_;
+  IAnnotationLayerModule* module_ = nullptr;
+  CAnnotationSpatialEngine* engine_ = nullptr;
+  CAnnotationScene* scene_ = nullptr;
+  CStateEventCounter events_;
+  CListenerProbe listener_;
+  std::unique_ptr<CLogWaiter> log_;
+};
+
+class CalculatorlessEngineTest : public EngineTest {
+ protected:
+  void SetUp() override { SetUpWith(std::make_unique<CalculatorlessModel>()); }
+};
+
+}  // namespace
+
+TEST_F(EngineTest, InitialisationAndAccessors) {
+  CAnnotationSpatialEngine engine;
+  EXPECT_EQ(-1, engine.GetID());
+  EXPECT_FALSE(engine.Initialize("x", nullptr));
+  EXPECT_FALSE(engine.Start());  // no model
+  EXPECT_EQ(1, engine.GetAttachParam());
+  EXPECT_EQ(7000, engine.GetMaxPerPass());
+  ASSERT_TRUE(engine.Initialize("named", model_.get()));
+  EXPECT_GT(engine.GetID(), 0);
+  EXPECT_NE(engine_->GetID(), engine.GetID());
+  EXPECT_EQ("named", engine.GetName());
+  EXPECT_EQ(model_.get(), engine.GetDataModel());
+  EXPECT_FALSE(engine.IsStarted());
+  engine.SetMaxPerPass(5);
+  EXPECT_EQ(5, engine.GetMaxPerPass());
+  engine.SetAttachParam(3);
+  EXPECT_EQ(3, engine.GetAttachParam());
+  engine.SetListener(&listener_);
+  EXPECT_EQ(&listener_, engine.GetListener());
+
+  const std::vector<std::pair<int, std::string>> list = {{1, "a"}, {2, "b"}};
+  engine.SetKeyedList(4, list);
+  EXPECT_EQ(list, engine.GetKeyedList(4));
+  engine.SetKeyedList(4, {{3, "c"}});
+  EXPECT_EQ((std::vector<std::pair<int, std::string>>{{3, "c"}}), engine.GetKeyedList(4));
+  EXPECT_TRUE(engine.GetKeyedList(5).empty());
+
+  // Nothing to do before Start.
+  engine.ResetAll();
+  engine.Refresh();
+  engine.UpdateFeature("x");
+  EXPECT_EQ(0, listener_.resets);
+  EXPECT_TRUE(engine.Stop());
+  ASSERT_TRUE(engine.Uninitialize());
+  EXPECT_EQ(-1, engine.GetID());
+  EXPECT_EQ("", engine.GetName());
+  EXPECT_EQ(nullptr, engine.GetDataModel());
+}
+
+TEST_F(EngineTest, ARangeBeforeStartIsIgnoredAndNoPassRunsUntilOneIsReported) {
+  const std::vector<std::string> features = Populate(4, 3);
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  const EXTENT zero = engine_->GetRange();
+  EXPECT_EQ(0, zero.max_x);
+  EXPECT_TRUE(listener_.ranges.empty());
+
+  ASSERT_TRUE(engine_->Start());
+  EXPECT_TRUE(engine_->IsStarted());
+  EXPECT_TRUE(engine_->Start());
+  EXPECT_EQ(0, engine_->GetRange().max_x);
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitPasses(1));
+  ASSERT_TRUE(WaitEntities(12));
+  EXPECT_EQ(1, log_->Count("----> Travel Begin [test]"));  // the only pass
+  EXPECT_EQ(12, scene_->GetCount());
+}
+
+TEST_F(EngineTest, TheSameRangeTwiceStartsNoPass) {
+  Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  const EXTENT range = MakeExtent(0, 0, 4, 3);
+  engine_->OnUpdateRange(range);
+  ASSERT_TRUE(WaitPasses(1));
+  engine_->OnUpdateRange(range);
+  EXPECT_EQ(1u, listener_.ranges.size());
+  // A different range is the fence: had the repeat started a pass, three would have begun.
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 2));
+  ASSERT_TRUE(WaitPasses(2));
+  EXPECT_EQ(2, log_->Count("----> Travel Begin [test]"));
+  EXPECT_EQ(2u, listener_.ranges.size());
+  EXPECT_EQ(2, engine_->GetRange().max_y);
+}
+
+TEST_F(EngineTest, LogLinesOfStartPassesRangesAndStop) {
+  Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  EXPECT_EQ(1, log_->Count(Utf8ToLocal("[CAnnotationSpatialEngine] Start引擎 [test]")));
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("----> Travel Begin [test]>>>>>0, 0, 4, 3"));
+  EXPECT_EQ(1, log_->Count("----> Travel End [test] <<<<< d="));
+  EXPECT_EQ(1, log_->Count("ms size=12"));
+  EXPECT_EQ(0, log_->Count(Utf8ToLocal("优先考虑更小的范围")));
+
+  // A view strictly inside the current one calls for a fresh pass, and the running one is cut.
+  engine_->OnUpdateRange(MakeExtent(0.1, 0.1, 3.9, 2.9));
+  EXPECT_EQ(1, log_->Count(Utf8ToLocal("[SpatialEngine::OnUpdateRange] 优先考虑更小的范围 [test]")));
+  ASSERT_TRUE(WaitPasses(2));
+  EXPECT_EQ(1, log_->Count("----> Travel Begin [test]>>>>>0.1, 0.1, 3.9, 2.9"));
+  ASSERT_TRUE(engine_->Stop());
+  EXPECT_EQ(1, log_->Count(Utf8ToLocal("[CAnnotationSpatialEngine] Stop引擎 [test]")));
+  EXPECT_TRUE(engine_->Stop());  // once
+  EXPECT_EQ(1, log_->Count(Utf8ToLocal("[CAnnotationSpatialEngine] Stop引擎 [test]")));
+}
+
+TEST_F(EngineTest, APassAcceptsOneFeatureMoreThanItsLimit) {
+  Populate(4, 3);
+  engine_->SetMaxPerPass(5);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("ms size=6"));
+  EXPECT_EQ(6, engine_->GetPool()->GetRecordCount());
+  ASSERT_TRUE(WaitEntities(6));
+  ASSERT_TRUE(engine_->Stop());
+  EXPECT_EQ(6, events_.Count(551));
+}
+
+TEST_F(EngineTest, TheDefaultLimitEndsAPassAfter7001Features) {
+  Populate(100, 100);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 100, 100));
+  ASSERT_TRUE(WaitPasses(1));
+  // Every feature has its own order key, so all 7001 are ranked.
+  EXPECT_EQ(1, log_->Count("ms size=7001"));
+  EXPECT_EQ(7001, engine_->GetPool()->GetRecordCount());
+  EXPECT_TRUE(engine_->Stop());  // entities still being made are dropped with the pool
+  EXPECT_EQ(0, scene_->GetCount());
+}
+
+TEST_F(EngineTest, EqualOrderKeysKeepTheFeatureMetFirst) {
+  const std::vector<std::string> features = Populate(4, 3);
+  // Two features with the same order number under the same layer have equal keys.
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(model_->GetConnection(),
+                                    ("UPDATE shape_order SET order_num = 0 WHERE uuid = '" +
+                                     features[5] + "'").c_str(),
+                                    nullptr, nullptr, nullptr));
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("ms size=11"));
+  EXPECT_EQ(12, engine_->GetPool()->GetRecordCount());  // both recorded, one ranked
+}
+
+TEST_F(EngineTest, DrawValuesRunFromTheCountDownToOneInOrderKeyOrder) {
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(WaitPasses(1));
+  // Entities made while the first pass still ranked took their values from it; the next pass
+  // gives every existing entity its draw value and announces that.
+  events_.Clear();
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3.5));
+  ASSERT_TRUE(WaitPasses(2));
+  ASSERT_EQ(1, events_.Count(552));
+  EXPECT_EQ("12", events_.Values(552)[0]);
+  // A larger order number compares less, so it comes first and gets the larger value.
+  for (int i = 0; i < 12; ++i) {
+    CSceneDrawable drawable;
+    ASSERT_TRUE(scene_->GetDrawable(features[static_cast<size_t>(i)], &drawable));
+    EXPECT_EQ(i + 1, drawable.display.zValue) << "feature " << i;
+  }
+  EXPECT_EQ(12, engine_->GetPool()->FindRecord(features[11])->GetAttribute().GetZValue());
+}
+
+TEST_F(EngineTest, EveryNewEntityIsAnnouncedOnceThroughTheEventKernel) {
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(WaitPasses(1));
+  // More passes over the same features make no further entities.
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3.5));
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4.5, 3.5));
+  ASSERT_TRUE(WaitPasses(2));
+  ASSERT_TRUE(engine_->Stop());
+  std::vector<std::string> announced = events_.Values(551);
+  std::sort(announced.begin(), announced.end());
+  std::vector<std::string> expected = features;
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(expected, announced);
+  for (int sender : events_.Senders(551)) EXPECT_EQ(engine_->GetID(), sender);
+}
+
+TEST_F(EngineTest, AFeatureHiddenByItsLayerIsNeitherRecordedNorQueued) {
+  const std::vector<std::string> shown = Populate(4, 1);
+  const std::vector<std::string> hidden = Populate(4, 1, 10.5);
+  CLayerOption option = model_->QueryLayerOption(layer_);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_->ModifyLayerOption(option));
+  ASSERT_FALSE(calculator_->GetEntityAttribute(hidden[0]).IsVisible());
+
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 20, 3));
+  ASSERT_TRUE(WaitPasses(1));
+  for (const std::string& uuid : hidden) EXPECT_FALSE(engine_->GetPool()->HasRecord(uuid));
+  EXPECT_EQ(1, log_->Count("ms size=4"));
+  ASSERT_TRUE(WaitEntities(4));
+  ASSERT_TRUE(engine_->Stop());
+  EXPECT_EQ(4, events_.Count(551));
+  EXPECT_EQ(0, engine_->GetPendingCount());
+}
+
+TEST_F(EngineTest, ExclusionReleasesTheEntityAndIsRemembered) {
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(scene_->Contains(features[0]));
+
+  EXPECT_TRUE(engine_->SetFeatureExcluded(features[0], true));
+  EXPECT_TRUE(engine_->IsFeatureExcluded(features[0]));
+  EXPECT_FALSE(scene_->Contains(features[0]));
+  EXPECT_FALSE(engine_->GetPool()->HasRecord(features[0]));
+  EXPECT_EQ(std::vector<std::string>{features[0]}, listener_.removed);
+
+  // Later passes skip it.
+  engine_->Refresh();
+  ASSERT_TRUE(WaitEntities(12 + 11));
+  ASSERT_TRUE(WaitPasses(2));
+  EXPECT_EQ(11, scene_->GetCount());
+  EXPECT_FALSE(scene_->Contains(features[0]));
+  EXPECT_FALSE(engine_->GetPool()->HasRecord(features[0]));
+
+  EXPECT_TRUE(engine_->SetFeatureExcluded(features[0], false));
+  EXPECT_FALSE(engine_->IsFeatureExcluded(features[0]));
+  engine_->Refresh();
+  ASSERT_TRUE(WaitEntities(12 + 11 + 12));
+  EXPECT_TRUE(scene_->Contains(features[0]));
+  EXPECT_EQ(1u, listener_.removed.size());
+}
+
+TEST_F(EngineTest, RefreshRebuildsEveryEntityForTheSameView) {
+  Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  const EXTENT range = MakeExtent(0, 0, 4, 3);
+  engine_->OnUpdateRange(range);
+  ASSERT_TRUE(WaitEntities(12));
+  int64_t newestBefore = 0;
+  for (const std::string& key : scene_->GetKeys()) {
+    newestBefore = std::max(newestBefore, scene_->GetOwner(key));
+  }
+  engine_->Refresh();
+  EXPECT_EQ(0, scene_->GetCount());  // detached at once
+  EXPECT_EQ(1, listener_.resets);
+  EXPECT_EQ(4, engine_->GetRange().max_x);
+  ASSERT_TRUE(WaitEntities(24));
+  EXPECT_EQ(12, scene_->GetCount());
+  for (const std::string& key : scene_->GetKeys()) EXPECT_GT(scene_->GetOwner(key), newestBefore);
+  EXPECT_EQ(1u, listener_.ranges.size());  // no range change was reported
+}
+
+TEST_F(EngineTest, ResetAllForgetsTheViewUntilTheNextRange) {
+  Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(WaitPasses(1));
+  engine_->ResetAll();
+  EXPECT_EQ(0, engine_->GetRange().max_x);
+  EXPECT_EQ(0, scene_->GetCount());
+  EXPECT_EQ(1, listener_.resets);
+  EXPECT_EQ(0, engine_->GetPool()->GetRecordCount());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 2, 3));
+  ASSERT_TRUE(WaitPasses(2));
+  ASSERT_TRUE(WaitEntities(12 + 6));
+  EXPECT_EQ(2, log_->Count("----> Travel Begin [test]"));
+  EXPECT_EQ(6, scene_->GetCount());
+}
+
+TEST_F(EngineTest, StopAndStartMakeNineNewThreadsAndANewPool) {
+  Populate(4, 3);
+  const int liveBefore = CAnnotationEntity::GetLiveCount();
+  ASSERT_TRUE(engine_->Start());
+  std::vector<const CTask*> tasks = engine_->GetTasks();
+  ASSERT_EQ(9u, tasks.size());
+  for (const CTask* task : tasks) EXPECT_TRUE(task->IsRunning());
+  ASSERT_NE(nullptr, engine_->GetPool());
+  EXPECT_TRUE(engine_->GetPool()->IsRunning());
+  const int firstPool = engine_->GetPool()->GetID();
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+
+  ASSERT_TRUE(engine_->Stop());
+  EXPECT_FALSE(engine_->IsStarted());
+  EXPECT_TRUE(engine_->GetTasks().empty());
+  EXPECT_EQ(nullptr, engine_->GetPool());
+  EXPECT_EQ(0, scene_->GetCount());
+  EXPECT_EQ(liveBefore, CAnnotationEntity::GetLiveCount());
+  EXPECT_EQ(1, listener_.resets);
+
+  ASSERT_TRUE(engine_->Start());
+  tasks = engine_->GetTasks();
+  ASSERT_EQ(9u, tasks.size());
+  for (const CTask* task : tasks) EXPECT_TRUE(task->IsRunning());
+  ASSERT_NE(nullptr, engine_->GetPool());
+  EXPECT_NE(firstPool, engine_->GetPool()->GetID());
+  EXPECT_EQ(0, engine_->GetRange().max_x);  // the view is reported again after a start
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(24));
+  EXPECT_EQ(12, scene_->GetCount());
+}
+
+TEST_F(EngineTest, UpdateFeatureRebuildsItsEntityOrReleasesAGoneFeature) {
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(WaitPasses(1));
+
+  CAnnotationFeature moved(GEOMETRY_DATA_TYPE_POINT);
+  CGeometryData part;
+  part.PushBack(CVector3D(2.25, 1.25, 0));
+  moved.AddPart(part);
+  ASSERT_TRUE(model_->ModifyGeometryData(features[0], &moved));
+  engine_->UpdateFeature(features[0]);
+  CSceneDrawable drawable;
+  ASSERT_TRUE(scene_->GetDrawable(features[0], &drawable));
+  EXPECT_EQ(2.25, drawable.parts[0].At(0).X());
+  EXPECT_EQ(std::vector<std::string>{features[0]}, listener_.changed);
+  EXPECT_EQ(12, events_.Count(551));  // rebuilt, not new
+
+  ASSERT_TRUE(model_->DeleteFeature(features[1]));
+  engine_->UpdateFeature(features[1]);
+  EXPECT_FALSE(scene_->Contains(features[1]));
+  EXPECT_FALSE(engine_->GetPool()->HasRecord(features[1]));
+  EXPECT_EQ(1u, listener_.changed.size());
+
+  // An excluded feature is left alone.
+  engine_->SetFeatureExcluded(features[2], true);
+  engine_->UpdateFeature(features[2]);
+  EXPECT_FALSE(scene_->Contains(features[2]));
+  EXPECT_EQ(1u, listener_.changed.size());
+}
+
+TEST_F(EngineTest, ReattachAllMovesEveryDrawableToTheAttachParameter) {
+  Populate(4, 3);
+  engine_->ReattachAll();  // not started: nothing
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  engine_->SetAttachParam(kOtherView);
+  engine_->ReattachAll();
+  EXPECT_EQ(0, scene_->GetCount());
+  EXPECT_EQ(12, CAnnotationRenderer::GetInstance()->GetScene(kOtherView)->GetCount());
+}
+
+TEST_F(CalculatorlessEngineTest, EverythingIsVisibleWithDrawValueZero) {
+  const std::vector<std::string> shown = Populate(4, 1);
+  const std::vector<std::string> hidden = Populate(4, 1, 10.5);
+  CLayerOption option = model_->QueryLayerOption(layer_);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_->ModifyLayerOption(option));
+
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 20, 3));
+  ASSERT_TRUE(WaitEntities(8));
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("ms size=0"));  // nothing is ranked
+  events_.Clear();
+  engine_->OnUpdateRange(MakeExtent(0, 0, 20, 4));
+  ASSERT_TRUE(WaitPasses(2));
+  EXPECT_EQ(1, events_.Count(552));  // every entity took its draw value at once
+  EXPECT_EQ(8, scene_->GetCount());
+  for (const std::string& key : scene_->GetKeys()) {
+    CSceneDrawable drawable;
+    ASSERT_TRUE(scene_->GetDrawable(key, &drawable));
+    EXPECT_EQ(0, drawable.display.zValue);
+    EXPECT_TRUE(drawable.display.visible);
+  }
+}
