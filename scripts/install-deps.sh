@@ -11,6 +11,8 @@ packages=(
   libjsoncpp-dev
   libgtest-dev googletest
   libbenchmark-dev
+  libgdal-dev gdal-bin
+  time
 )
 # Sanitizer runtimes come with gcc; nothing extra to install for them.
 
