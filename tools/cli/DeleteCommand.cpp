@@ -8,8 +8,10 @@
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
 #include "LayerBatchDeleter.h"
+#include "ModelTransaction.h"
 #include "NodeFormatter.h"
 #include "ProgressBar.h"
+#include "SiblingUnlinker.h"
 
 namespace {
 
@@ -62,33 +64,34 @@ int CDeleteCommand::Run(CCommandContext& context) {
   if (uuid == session.RootUuid()) {
     return context.Fail("the top root folder cannot be deleted; delete its children instead");
   }
+  if (kind == NODE_KIND_FEATURE) {
+    // The data model's single-feature delete leaves its neighbours' links to it in place when it
+    // stood first or last in its list, which breaks later walks; only whole subtrees go here.
+    return context.Fail("delete takes a folder or a layer; " + uuid + " is a feature");
+  }
   IAnnotationDBDataModel* model = session.Model();
 
-  bool deleted = false;
-  const int64_t features =
-      kind == NODE_KIND_FEATURE ? 1 : CChildLister::CountBelow(model, uuid, kind).features;
-  if (kind == NODE_KIND_FEATURE) {
-    deleted = model->BeginTransaction();
-    deleted = deleted && model->DeleteFeature(uuid);
-    if (deleted) {
-      deleted = model->CommitTransaction();
-    } else {
-      model->RollBackTransaction();
-    }
-  } else {
-    CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
-    CDeleteProgress progress(&bar);
-    CLayerBatchDeleter deleter(model);
-    deleter.BeginDelete(false, &progress);
-    deleted = kind == NODE_KIND_FOLDER ? deleter.BatchDeleteFolder(uuid)
-                                       : deleter.BatchDeleteLayer(uuid);
-    deleter.EndDelete();
-    bar.Finish();
+  const int64_t features = CChildLister::CountBelow(model, uuid, kind).features;
+  // One outer transaction around the unlink and the deleter's own: on any failure the rollback
+  // restores everything, where the deleter alone would commit what it had removed so far.
+  CModelTransaction transaction(model);
+  if (!transaction.IsOpen()) return context.FailWithCause("could not start a transaction");
+  if (!CSiblingUnlinker(model).Unlink(uuid, kind)) {
+    return context.FailWithCause("could not take " + uuid + " out of its sibling list");
   }
+  CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
+  CDeleteProgress progress(&bar);
+  CLayerBatchDeleter deleter(model);
+  deleter.BeginDelete(false, &progress);
+  const bool deleted = kind == NODE_KIND_FOLDER ? deleter.BatchDeleteFolder(uuid)
+                                                : deleter.BatchDeleteLayer(uuid);
+  deleter.EndDelete();
+  bar.Finish();
   if (!deleted || model->IsExistNode(uuid)) {
     return context.FailWithCause(std::string("could not delete ") + CNodeFormatter::KindName(kind) +
-                                 " " + uuid);
+                                 " " + uuid + "; nothing was deleted");
   }
+  if (!transaction.Commit()) return context.FailWithCause("could not commit the deletion");
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (context.Json()) {

@@ -1,6 +1,7 @@
-// `annotationlayer delete DB UUID`: removes a folder or layer with everything below it (through
-// CLayerBatchDeleter, in one transaction, with a progress bar) or a single feature. The top root
-// folder cannot be deleted.
+// `annotationlayer delete DB UUID`: removes a folder or layer with everything below it: the node
+// is taken out of its sibling list (CSiblingUnlinker) and CLayerBatchDeleter removes the rows,
+// with a progress bar, all in one transaction that a failure rolls back. The top root folder
+// cannot be deleted, and single features are refused (see DeleteCommand.cpp).
 //
 // An interrupt ends the process without a commit; SQLite rolls the transaction back when the file
 // is next opened, so the database keeps its state from before the command.
@@ -19,7 +20,7 @@ class CDeleteCommand : public ICommand {
 
   std::string Name() const override { return "delete"; }
   std::string Summary() const override {
-    return "delete a folder or layer with everything below it, or one feature";
+    return "delete a folder or layer with everything below it";
   }
   void Declare(CArgumentParser* parser) const override;
   int Run(CCommandContext& context) override;

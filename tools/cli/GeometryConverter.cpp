@@ -49,9 +49,9 @@ std::unique_ptr<OGRLineString> LineOf(const CGeometryData& part) {
 std::unique_ptr<OGRPolygon> PolygonOf(const CGeometryData& part) {
   auto ring = std::make_unique<OGRLinearRing>();
   for (const CVector3D& v : part.Vertices()) ring->addPoint(v.X(), v.Y(), v.Z());
+  ring->closeRings();  // a ring stored open is closed here, before OGR checks it
   auto polygon = std::make_unique<OGRPolygon>();
   polygon->addRingDirectly(ring.release());
-  polygon->closeRings();
   return polygon;
 }
 
