@@ -6,7 +6,7 @@ TSAN_DIR ?= build-tsan
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build test test-plain test-asan test-tsan demo bench clean
+.PHONY: all deps configure build test test-plain test-asan test-tsan demo bench bench-import clean
 
 all: build
 
@@ -46,6 +46,12 @@ test: test-plain test-asan test-tsan
 bench: build
 	$(BUILD_DIR)/bench/calculator_bench
 	$(BUILD_DIR)/bench/auxdb_bench
+
+# `annotationlayer import` against ogr2ogr on one generated GeoPackage of points (BENCH_FEATURES of
+# them; 1000000 for the large run).
+BENCH_FEATURES ?= 200000
+bench-import: build
+	bash bench/import_vs_ogr2ogr.sh --tool $(BUILD_DIR)/tools/annotationlayer --features $(BENCH_FEATURES)
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo
