@@ -521,6 +521,36 @@ TEST_F(CliTest, TreeShowsKindsNamesChecksAndCountsInSiblingOrder) {
   EXPECT_EQ(LineCount(features.out), 3) << "layers at depth 1, their features below the limit";
 }
 
+// Names pass through the module's local code page and come out as UTF-8 again.
+TEST_F(CliTest, ChineseNamesSurviveTheLocalCodePage) {
+  SourceLayer layer;
+  layer.name = "\xE5\x9F\x8E\xE5\xB8\x82";  // 城市
+  layer.fields = {{"\xE5\x90\x8D\xE7\xA7\xB0", OFTString}};  // 名称
+  layer.rows = {{"POINT (116.4 39.9)", {"\xE5\x8C\x97\xE4\xBA\xAC"}}};  // 北京
+  const std::string source = dir_.File("cities.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {layer}));
+  const CProcessResult imported =
+      RunTool({"import", db_, source, "--name-field", "\xE5\x90\x8D\xE7\xA7\xB0"});
+  ASSERT_EQ(imported.exitCode, 0) << imported.err;
+  const Json::Value tree = ParseJson(RunTool({"tree", db_, "--features", "--json"}).out);
+  EXPECT_EQ(tree["nodes"][0]["name"].asString(), "\xE5\x9F\x8E\xE5\xB8\x82");
+  EXPECT_EQ(tree["nodes"][0]["nodes"][0]["name"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
+  const Json::Value info =
+      ParseJson(RunTool({"info", db_, tree["nodes"][0]["nodes"][0]["uuid"].asString(), "--json"}).out);
+  EXPECT_EQ(info["fields"][0]["key"].asString(), "\xE5\x90\x8D\xE7\xA7\xB0");
+  EXPECT_EQ(info["fields"][0]["value"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
+}
+
+TEST_F(CliTest, VerboseShowsTheModuleLog) {
+  const CProcessResult quiet = RunTool({"tree", db_});
+  EXPECT_EQ(quiet.err, "");
+  const CProcessResult verbose = RunTool({"tree", db_, "--verbose"});
+  ASSERT_EQ(verbose.exitCode, 0);
+  EXPECT_NE(verbose.err.find("[info] module: == Spatialite-Version Support:"), std::string::npos)
+      << verbose.err;
+  EXPECT_EQ(verbose.out, quiet.out);
+}
+
 TEST_F(CliTest, TreeRefusesForeignFiles) {
   const std::string text = dir_.File("x.db");
   ASSERT_TRUE(WriteFileBytes(text, "SQLite format 3 but not really"));
