@@ -47,7 +47,7 @@ class CDeleteProgress : public CLayerBatchDeleter::IDeleteProgress {
 
 void CDeleteCommand::Declare(CArgumentParser* parser) const {
   parser->AddPositional("DB", "the annotation database");
-  parser->AddPositional("UUID", "the folder, layer or feature to delete");
+  parser->AddPositional("UUID", "the folder or layer to delete, with everything below it");
   parser->AddFlag("json", "print the result as JSON");
   parser->AddExample("annotationlayer delete notes.db 0f8c...");
 }
