@@ -8,7 +8,7 @@ FUZZ_SECONDS ?= 60
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps configure build test test-plain test-asan test-tsan fuzz demo bench clean
+.PHONY: all deps configure build test test-plain test-asan test-tsan fuzz demo bench bench-import clean
 
 all: build
 
@@ -61,6 +61,12 @@ bench: build
 	$(BUILD_DIR)/bench/auxdb_bench
 	$(BUILD_DIR)/bench/batch_bench
 	$(BUILD_DIR)/bench/spatial_engine_bench
+
+# `annotationlayer import` against ogr2ogr on one generated GeoPackage of points (BENCH_FEATURES of
+# them; 1000000 for the large run).
+BENCH_FEATURES ?= 200000
+bench-import: build
+	bash bench/import_vs_ogr2ogr.sh --tool $(BUILD_DIR)/tools/annotationlayer --features $(BENCH_FEATURES)
 
 demo: build
 	$(BUILD_DIR)/tools/annotationlayer-demo

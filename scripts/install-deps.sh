@@ -12,6 +12,8 @@ packages=(
   libgtest-dev googletest
   libbenchmark-dev
   clang libclang-rt-14-dev
+  libgdal-dev gdal-bin
+  time
 )
 # Sanitizer runtimes come with gcc; nothing extra to install for them.
 

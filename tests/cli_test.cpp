@@ -1,0 +1,768 @@
+// The `annotationlayer` tool end to end: each subcommand run as a child process on real files in a
+// temporary directory, checked by its exit code, its output and what the database holds after.
+#include <gtest/gtest.h>
+
+#include <gdal_priv.h>
+#include <ogrsf_frmts.h>
+#include <signal.h>
+#include <sqlite3.h>
+
+#include <set>
+
+#include "CliFixtures.h"
+#include "TempDir.h"
+#include "TestDatabase.h"
+
+namespace {
+
+class GdalDrivers : public ::testing::Environment {
+ public:
+  void SetUp() override { GDALAllRegister(); }
+};
+const auto* const kGdal = ::testing::AddGlobalTestEnvironment(new GdalDrivers);
+
+// Every failure is exactly one line on standard error, and nothing on standard output.
+void ExpectOneLineFailure(const CProcessResult& result, int code, const std::string& fragment) {
+  EXPECT_FALSE(result.timedOut);
+  EXPECT_EQ(result.exitCode, code) << result.err;
+  EXPECT_EQ(LineCount(result.err), 1) << result.err;
+  EXPECT_NE(result.err.find(fragment), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "");
+}
+
+class CliTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    db_ = dir_.File("notes.db");
+    const CProcessResult created = RunTool({"create", db_, "--json"});
+    ASSERT_EQ(created.exitCode, 0) << created.err;
+    root_ = ParseJson(created.out)["root"].asString();
+    ASSERT_EQ(root_.size(), 32u);
+  }
+
+  // Imports a GeoJSON source of `count` points into the database; the new layer's uuid.
+  std::string ImportPoints(const std::string& name, int count,
+                           std::vector<std::string> extra = {}) {
+    const std::string source = dir_.File(name + ".geojson");
+    if (!FileExists(source) && !WriteSource(source, "GeoJSON", {PointLayer(name, count)})) {
+      return "";
+    }
+    std::vector<std::string> args{"import", db_, source};
+    args.insert(args.end(), extra.begin(), extra.end());
+    const CProcessResult result = RunTool(args);
+    if (result.exitCode != 0) ADD_FAILURE() << result.err;
+    return LayerUuid(db_, name);
+  }
+
+  int Count(const std::string& table) {
+    return std::stoi(QueryScalar(db_, "SELECT COUNT(*) FROM " + table));
+  }
+
+  CTempDir dir_;
+  std::string db_;
+  std::string root_;
+};
+
+// ---- The tool and its help ----
+
+TEST(CliHelpTest, ToolHelpListsEveryCommand) {
+  const CProcessResult result = RunTool({"--help"});
+  EXPECT_EQ(result.exitCode, 0);
+  for (const char* command : {"create", "import", "export", "tree", "info", "query", "delete",
+                              "copy", "rebuild-order"}) {
+    EXPECT_NE(result.out.find(std::string("\n  ") + command + " "), std::string::npos) << command;
+    const CProcessResult help = RunTool({command, "--help"});
+    EXPECT_EQ(help.exitCode, 0) << command;
+    EXPECT_EQ(help.out.rfind(std::string("usage: annotationlayer ") + command, 0), 0u) << help.out;
+    EXPECT_NE(help.out.find("--verbose"), std::string::npos);
+    EXPECT_EQ(help.err, "");
+  }
+  EXPECT_EQ(RunTool({"help", "query"}).out, RunTool({"query", "--help"}).out);
+  EXPECT_EQ(RunTool({"--version"}).exitCode, 0);
+}
+
+TEST(CliHelpTest, ArgumentMistakesGiveTheUsageCode) {
+  EXPECT_EQ(RunTool({}).exitCode, 2);
+  ExpectOneLineFailure(RunTool({"frobnicate"}), 2, "unknown command 'frobnicate'");
+  ExpectOneLineFailure(RunTool({"tree"}), 2, "annotationlayer tree: missing DB");
+  ExpectOneLineFailure(RunTool({"tree", "a.db", "--bogus"}), 2, "unknown option --bogus");
+  ExpectOneLineFailure(RunTool({"tree", "a.db", "b.db"}), 2, "unexpected argument 'b.db'");
+  ExpectOneLineFailure(RunTool({"tree", "a.db", "--depth", "x"}), 2, "--depth");
+  ExpectOneLineFailure(RunTool({"query", "a.db"}), 2, "--extent is required");
+  ExpectOneLineFailure(RunTool({"copy", "a.db", "u"}), 2, "--to is required");
+}
+
+// ---- create ----
+
+TEST_F(CliTest, CreateMakesAnEmptyDatabase) {
+  EXPECT_EQ(QueryScalar(db_, "SELECT uuid FROM folder WHERE type = 1"), root_);
+  EXPECT_EQ(Count("layer"), 0);
+  const CProcessResult text = RunTool({"create", dir_.File("second.db")});
+  EXPECT_EQ(text.exitCode, 0);
+  EXPECT_EQ(text.out.rfind("created " + dir_.File("second.db") + " (top root folder ", 0), 0u);
+}
+
+TEST_F(CliTest, CreateNeverTouchesAnExistingFile) {
+  const std::string before = ReadFileBytes(db_);
+  ExpectOneLineFailure(RunTool({"create", db_}), 1, "exists already");
+  EXPECT_EQ(ReadFileBytes(db_), before);
+  const std::string other = dir_.File("notes.txt");
+  ASSERT_TRUE(WriteFileBytes(other, "keep me"));
+  ExpectOneLineFailure(RunTool({"create", other}), 1, "exists already");
+  EXPECT_EQ(ReadFileBytes(other), "keep me");
+}
+
+TEST_F(CliTest, CreateInAMissingDirectoryFails) {
+  const std::string path = dir_.File("missing/dir/a.db");
+  ExpectOneLineFailure(RunTool({"create", path}), 1, "cannot create");
+  EXPECT_FALSE(FileExists(path));
+}
+
+// ---- import ----
+
+TEST_F(CliTest, ImportGeoJsonBringsTypedFieldsNamesAndZ) {
+  const std::string source = dir_.File("cities.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("cities", 25)}));
+  const CProcessResult result = RunTool({"import", db_, source, "--name-field", "name"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.out.rfind("imported 25 features into 1 layer in ", 0), 0u) << result.out;
+  EXPECT_NE(result.out.find("(reading "), std::string::npos);
+  EXPECT_EQ(result.err, "") << "no progress bar when standard error is not a terminal";
+
+  const std::string layer = LayerUuid(db_, "cities");
+  ASSERT_FALSE(layer.empty());
+  EXPECT_EQ(ChildUuids(db_, root_), std::vector<std::string>{layer});
+  const std::vector<StoredFeature> features = ReadLayer(db_, layer);
+  ASSERT_EQ(features.size(), 25u);
+  const StoredFeature& third = features[3];
+  EXPECT_EQ(third.name, "p3");
+  EXPECT_EQ(third.kind, GEOMETRY_DATA_TYPE_POINT);
+  ASSERT_EQ(third.parts.size(), 1u);
+  EXPECT_EQ(third.parts[0], (std::vector<CVector3D>{CVector3D(100.03, 30, 0)}));
+  EXPECT_EQ(third.fields.at("name"), QVariant(QString("p3")));
+  EXPECT_EQ(third.fields.at("pop"), QVariant(30));
+  EXPECT_EQ(third.fields.at("area"), QVariant(3.5));
+  EXPECT_EQ(third.fields.at("big"), QVariant(qlonglong(10000000003LL)));
+  EXPECT_EQ(third.fields.at("flag"), QVariant(false));
+  // The layer's field header lists the fields in source order with their types.
+  EXPECT_EQ(QueryScalar(db_, "SELECT property_header FROM layer WHERE uuid = '" + layer + "'"),
+            "name,,7;pop,,3;area,,6;big,,4;flag,,1;");
+}
+
+TEST_F(CliTest, ImportJsonSummaryCountsWhatWasSkipped) {
+  SourceLayer layer;
+  layer.name = "mixed";
+  layer.fields = {{"name", OFTString}};
+  layer.rows = {{"POINT (1 2)", {"a"}},
+                {"", {"no geometry"}},
+                {"GEOMETRYCOLLECTION (POINT (1 2))", {"collection"}},
+                {"POLYGON ((0 0,4 0,4 4,0 0),(1 1,2 1,2 2,1 1))", {"holed"}},
+                {"LINESTRING Z (0 0 5,1 1 6)", {"line"}}};
+  const std::string source = dir_.File("mixed.gpkg");
+  ASSERT_TRUE(WriteSource(source, "GPKG", {layer}));
+  const CProcessResult result = RunTool({"import", db_, source, "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value summary = ParseJson(result.out);
+  EXPECT_EQ(summary["features"].asInt(), 3);
+  EXPECT_EQ(summary["layers"].asInt(), 1);
+  EXPECT_EQ(summary["skipped"]["without_geometry"].asInt(), 1);
+  EXPECT_EQ(summary["skipped"]["unsupported_kind"].asInt(), 1);
+  EXPECT_EQ(summary["dropped_interior_rings"].asInt(), 1);
+  EXPECT_EQ(summary["parent"].asString(), root_);
+  for (const char* key : {"seconds", "read_seconds", "convert_seconds", "write_seconds"}) {
+    EXPECT_TRUE(summary[key].isDouble()) << key;
+  }
+  const std::vector<StoredFeature> features = ReadLayer(db_, LayerUuid(db_, "mixed"));
+  ASSERT_EQ(features.size(), 3u);
+  EXPECT_EQ(features[1].kind, GEOMETRY_DATA_TYPE_POLYGON);
+  EXPECT_EQ(features[1].parts.size(), 1u) << "the exterior ring only";
+  EXPECT_EQ(features[2].parts[0][1], CVector3D(1, 1, 6));
+
+  const CProcessResult text = RunTool({"import", db_, source});
+  EXPECT_NE(text.out.find("; skipped 2 (1 without geometry, 1 of an unsupported kind, 0 not "
+                          "transformable); dropped 1 interior rings"),
+            std::string::npos)
+      << text.out;
+}
+
+TEST_F(CliTest, ImportMultiLayerGeoPackageGroupsItsLayers) {
+  SourceLayer roads;
+  roads.name = "roads";
+  roads.type = wkbLineString;
+  roads.fields = {{"ref", OFTString}};
+  roads.rows = {{"LINESTRING (0 0,1 1)", {"A1"}}, {"MULTILINESTRING ((0 0,1 0),(2 2,3 3))", {"A2"}}};
+  SourceLayer parks;
+  parks.name = "parks";
+  parks.type = wkbMultiPolygon;
+  parks.rows = {{"MULTIPOLYGON (((0 0,1 0,1 1,0 0)),((5 5,6 5,6 6,5 5)))", {}}};
+  const std::string source = dir_.File("town.gpkg");
+  ASSERT_TRUE(WriteSource(source, "GPKG", {roads, parks}));
+  const CProcessResult result = RunTool({"import", db_, source});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.out.rfind("imported 3 features into 3 layers", 0), 0u) << result.out;
+
+  const std::string town = LayerUuid(db_, "town");
+  ASSERT_FALSE(town.empty());
+  EXPECT_EQ(ChildUuids(db_, town),
+            (std::vector<std::string>{LayerUuid(db_, "roads"), LayerUuid(db_, "parks")}));
+  const std::vector<StoredFeature> lines = ReadLayer(db_, LayerUuid(db_, "roads"));
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].kind, GEOMETRY_DATA_TYPE_LINESTRING);
+  EXPECT_EQ(lines[1].kind, GEOMETRY_DATA_TYPE_MULTILINESTRING);
+  EXPECT_EQ(lines[1].parts.size(), 2u);
+  const std::vector<StoredFeature> areas = ReadLayer(db_, LayerUuid(db_, "parks"));
+  ASSERT_EQ(areas.size(), 1u);
+  EXPECT_EQ(areas[0].kind, GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  EXPECT_EQ(areas[0].parts.size(), 2u);
+}
+
+TEST_F(CliTest, ImportUnderALayerOrFolder) {
+  const std::string first = ImportPoints("first", 3);
+  ASSERT_FALSE(first.empty());
+  const std::string source = dir_.File("second.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("second", 2)}));
+  ASSERT_EQ(RunTool({"import", db_, source, "--under", first}).exitCode, 0);
+  const std::string second = LayerUuid(db_, "second");
+  const std::vector<std::string> children = ChildUuids(db_, first);
+  ASSERT_EQ(children.size(), 4u);
+  EXPECT_EQ(children.back(), second) << "the new layer comes after the layer's features";
+  EXPECT_EQ(QueryScalar(db_, "SELECT layer_puuid FROM layer WHERE uuid = '" + second + "'"), first);
+}
+
+TEST_F(CliTest, ImportRefusesBadParentsWithoutWriting) {
+  const std::string layer = ImportPoints("pts", 2);
+  const std::string feature = ChildUuids(db_, layer).front();
+  const std::string source = dir_.File("pts.geojson");
+  const std::string before = ReadFileBytes(db_);
+  ExpectOneLineFailure(RunTool({"import", db_, source, "--under", feature}), 1,
+                       "--under must name a folder or a layer");
+  ExpectOneLineFailure(RunTool({"import", db_, source, "--under", std::string(32, 'f')}), 1,
+                       "no folder, layer or feature has the uuid");
+  ExpectOneLineFailure(RunTool({"import", db_, source, "--under", "x'; DROP TABLE shape; --"}), 2,
+                       "is not a node uuid");
+  ExpectOneLineFailure(RunTool({"import", db_, source, "--layer-type", "cubes"}), 2,
+                       "--layer-type");
+  ExpectOneLineFailure(RunTool({"import", db_, source, "--name-field", "nope"}), 1,
+                       "no layer of " + source + " has a field named 'nope'");
+  EXPECT_EQ(ReadFileBytes(db_), before);
+}
+
+TEST_F(CliTest, ImportRefusesBadFilesWithoutWriting) {
+  const std::string points = dir_.File("p.geojson");
+  ASSERT_TRUE(WriteSource(points, "GeoJSON", {PointLayer("p", 2)}));
+  const std::string text = dir_.File("notes.txt");
+  ASSERT_TRUE(WriteFileBytes(text, "this is not a database, nor vector data\n"));
+  const std::string garbage = dir_.File("broken.geojson");
+  ASSERT_TRUE(WriteFileBytes(garbage, "{\"type\": \"FeatureCollection\", \"features\": [ {"));
+  const std::string plainSqlite = dir_.File("plain.db");
+  ASSERT_TRUE(WriteFileBytes(plainSqlite, ""));  // an empty file is an empty SQLite database
+  const std::string before = ReadFileBytes(db_);
+
+  ExpectOneLineFailure(RunTool({"import", db_, dir_.File("absent.geojson")}), 1,
+                       "absent.geojson: no such file");
+  ExpectOneLineFailure(RunTool({"import", db_, text}), 1, "cannot read " + text + " as vector data");
+  ExpectOneLineFailure(RunTool({"import", db_, garbage}), 1, "cannot read " + garbage);
+  ExpectOneLineFailure(RunTool({"import", dir_.File("absent.db"), points}), 1,
+                       "absent.db: no such file");
+  ExpectOneLineFailure(RunTool({"import", text, points}), 1, "is not an SQLite database");
+  ExpectOneLineFailure(RunTool({"import", plainSqlite, points}), 1, "is not an annotation database");
+  ExpectOneLineFailure(RunTool({"import", dir_.Path(), points}), 1, "is a directory");
+  EXPECT_EQ(ReadFileBytes(db_), before);
+  EXPECT_EQ(ReadFileBytes(text), "this is not a database, nor vector data\n");
+}
+
+TEST_F(CliTest, ImportReprojectsToWgs84) {
+  SourceLayer mercator;
+  mercator.name = "mercator";
+  mercator.epsg = 3857;
+  mercator.rows = {{"POINT (1113194.9079327357 1118889.9748579597)", {}}};
+  const std::string source = dir_.File("mercator.gpkg");
+  ASSERT_TRUE(WriteSource(source, "GPKG", {mercator}));
+  ASSERT_EQ(RunTool({"import", db_, source}).exitCode, 0);
+  const std::vector<StoredFeature> features = ReadLayer(db_, LayerUuid(db_, "mercator"));
+  ASSERT_EQ(features.size(), 1u);
+  EXPECT_NEAR(features[0].parts[0][0].X(), 10.0, 1e-9);
+  EXPECT_NEAR(features[0].parts[0][0].Y(), 10.0, 1e-9);
+}
+
+TEST_F(CliTest, ImportCarriesOgrStylesIntoTheStyleTables) {
+  SourceLayer styled;
+  styled.name = "styled";
+  styled.fields = {{"OGR_STYLE", OFTString}};
+  styled.rows = {{"LINESTRING (0 0,1 1)", {"PEN(c:#FF0000,w:2px);LABEL(f:\"Arial\",s:12pt)"}},
+                 {"POINT (1 1)", {""}}};
+  const std::string source = dir_.File("styled.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {styled}));
+  const CProcessResult result = RunTool({"import", db_, source, "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(ParseJson(result.out)["styled"].asInt(), 1);
+
+  const std::vector<std::string> features = ChildUuids(db_, LayerUuid(db_, "styled"));
+  ASSERT_EQ(features.size(), 2u);
+  const Json::Value info = ParseJson(RunTool({"info", db_, features[0], "--json"}).out);
+  EXPECT_EQ(info["style"]["pen"]["c"].asString(), "#ff0000");
+  EXPECT_EQ(info["style"]["pen"]["w"].asDouble(), 2.0);
+  EXPECT_EQ(info["style"]["pen"]["u"].asInt(), 1) << "pixels";
+  EXPECT_EQ(info["style"]["label"]["f"].asString(), "Arial");
+  EXPECT_EQ(info["style"]["label"]["s"].asDouble(), 12.0);
+  // The layer takes the first style of each kind; the unstyled feature shows the layer's.
+  const Json::Value plain = ParseJson(RunTool({"info", db_, features[1], "--json"}).out);
+  EXPECT_EQ(plain["style"]["pen"]["c"].asString(), "#ff0000");
+  EXPECT_EQ(Count("shape_style"), 1);
+  EXPECT_EQ(Count("layer_style"), 1);
+}
+
+TEST_F(CliTest, ImportCsvWithWktColumn) {
+  const std::string csv = dir_.File("sites.csv");
+  ASSERT_TRUE(WriteFileBytes(csv,
+                             "WKT,name,height\n"
+                             "\"POINT (116.4 39.9)\",Tiananmen,44\n"
+                             "\"LINESTRING (0 0,1 1)\",Path,\n"));
+  const CProcessResult result = RunTool({"import", db_, csv, "--name-field", "name"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const std::vector<StoredFeature> features = ReadLayer(db_, LayerUuid(db_, "sites"));
+  ASSERT_EQ(features.size(), 2u);
+  EXPECT_EQ(features[0].name, "Tiananmen");
+  EXPECT_EQ(features[0].parts[0][0], CVector3D(116.4, 39.9, 0));
+  EXPECT_EQ(features[1].kind, GEOMETRY_DATA_TYPE_LINESTRING);
+  EXPECT_EQ(features[0].fields.count("WKT"), 0u) << "the geometry column is not an attribute";
+  EXPECT_EQ(features[0].fields.at("height"), QVariant(QString("44"))) << "CSV columns are text";
+}
+
+TEST_F(CliTest, ImportAsGisLayerKeepsGeometryOnly) {
+  const std::string layer = ImportPoints("gis", 4, {"--layer-type", "gis-point"});
+  ASSERT_FALSE(layer.empty());
+  EXPECT_EQ(QueryScalar(db_, "SELECT type FROM layer WHERE uuid = '" + layer + "'"), "100");
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape WHERE puuid = '" + layer + "'"), "4");
+  EXPECT_EQ(Count("shape_property"), 0);
+}
+
+TEST_F(CliTest, ProgressBarShowsOnATerminalOnly) {
+  const std::string source = dir_.File("many.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("many", 500)}));
+  CProcessRunner runner;
+  runner.SetTimeoutSeconds(240);
+  runner.SetStderrTerminal(true);
+  const CProcessResult result = runner.Run({ANNOTATIONLAYER_CLI_PATH, "import", db_, source});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_NE(result.err.find("\rimport ["), std::string::npos);
+  EXPECT_NE(result.err.find("500/500"), std::string::npos);
+  EXPECT_EQ(result.err.substr(result.err.size() - 4), "\r\033[K") << "the line is cleared";
+  EXPECT_EQ(result.out.rfind("imported 500 features", 0), 0u);
+}
+
+// An interrupted import rolls back: the database holds either everything or nothing.
+TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
+  const std::string source = dir_.File("big.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 20000)}));
+  CProcessRunner runner;
+  runner.SetTimeoutSeconds(240);
+  runner.SetStderrTerminal(true);
+  bool sent = false;
+  runner.SetErrorWatcher([&sent](pid_t pid, const std::string& err) {
+    if (!sent && err.find("\rimport [") != std::string::npos) {
+      sent = true;
+      kill(pid, SIGINT);
+    }
+  });
+  const CProcessResult result = runner.Run({ANNOTATIONLAYER_CLI_PATH, "import", db_, source});
+  ASSERT_TRUE(sent);
+  if (result.exitCode == 130) {
+    EXPECT_NE(result.err.find("interrupted; nothing was imported"), std::string::npos);
+    EXPECT_EQ(Count("layer"), 0);
+    EXPECT_EQ(Count("shape"), 0);
+  } else {
+    ASSERT_EQ(result.exitCode, 0) << "finished before the signal arrived";
+    EXPECT_EQ(Count("shape"), 20000);
+  }
+}
+
+// ---- export ----
+
+TEST_F(CliTest, ExportLayerToGeoPackageKeepsAttributesAndZ) {
+  SourceLayer lines;
+  lines.name = "lines";
+  lines.type = wkbLineString25D;
+  lines.fields = {{"name", OFTString}, {"lanes", OFTInteger}};
+  lines.rows = {{"LINESTRING Z (0 0 1,1 1 2)", {"a", "2"}}, {"LINESTRING Z (5 5 3,6 6 4)", {"b", ""}}};
+  const std::string source = dir_.File("lines.gpkg");
+  ASSERT_TRUE(WriteSource(source, "GPKG", {lines}));
+  ASSERT_EQ(RunTool({"import", db_, source}).exitCode, 0);
+  const std::string out = dir_.File("out.gpkg");
+  const CProcessResult result = RunTool({"export", db_, LayerUuid(db_, "lines"), out, "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value summary = ParseJson(result.out);
+  EXPECT_EQ(summary["format"].asString(), "GPKG");
+  EXPECT_EQ(summary["layers"].asInt(), 1);
+  EXPECT_EQ(summary["features"].asInt(), 2);
+
+  GDALDatasetUniquePtr dataset(GDALDataset::Open(out.c_str(), GDAL_OF_VECTOR));
+  ASSERT_TRUE(dataset);
+  ASSERT_EQ(dataset->GetLayerCount(), 1);
+  OGRLayer* layer = dataset->GetLayer(0);
+  EXPECT_STREQ(layer->GetName(), "lines");
+  EXPECT_EQ(layer->GetGeomType(), wkbLineString25D);
+  ASSERT_EQ(layer->GetFeatureCount(), 2);
+  OGRFeatureUniquePtr first(layer->GetNextFeature());
+  EXPECT_STREQ(first->GetFieldAsString("name"), "a");
+  EXPECT_EQ(first->GetFieldAsInteger("lanes"), 2);
+  EXPECT_EQ(first->GetGeometryRef()->exportToWkt(), "LINESTRING (0 0 1,1 1 2)");
+  OGRFeatureUniquePtr second(layer->GetNextFeature());
+  EXPECT_TRUE(second->IsFieldNull(second->GetFieldIndex("lanes")));
+}
+
+TEST_F(CliTest, ExportFolderWritesOneLayerPerAnnotationLayer) {
+  SourceLayer roads;
+  roads.name = "roads";
+  roads.rows = {{"LINESTRING (0 0,1 1)", {}}};
+  const std::string town = dir_.File("town.gpkg");
+  ASSERT_TRUE(WriteSource(town, "GPKG", {roads, PointLayer("shops", 3)}));
+  ASSERT_EQ(RunTool({"import", db_, town}).exitCode, 0);
+  ImportPoints("shops", 2);  // a second layer of the same name
+  const std::string out = dir_.File("all.gpkg");
+  const CProcessResult result = RunTool({"export", db_, root_, out});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.out.rfind("exported 6 features in 3 layers to " + out + " (GPKG)", 0), 0u)
+      << result.out;
+  GDALDatasetUniquePtr dataset(GDALDataset::Open(out.c_str(), GDAL_OF_VECTOR));
+  ASSERT_TRUE(dataset);
+  ASSERT_EQ(dataset->GetLayerCount(), 3) << "the group layer 'town' holds no features of its own";
+  EXPECT_STREQ(dataset->GetLayer(0)->GetName(), "roads");
+  EXPECT_STREQ(dataset->GetLayer(1)->GetName(), "shops");
+  EXPECT_STREQ(dataset->GetLayer(2)->GetName(), "shops_2");
+  EXPECT_EQ(dataset->GetLayer(2)->GetFeatureCount(), 2);
+}
+
+TEST_F(CliTest, ExportFailuresLeaveNoOutput) {
+  const std::string layer = ImportPoints("pts", 2);
+  ImportPoints("more", 2);
+  const std::string existing = dir_.File("exists.gpkg");
+  ASSERT_TRUE(WriteFileBytes(existing, "mine"));
+  ExpectOneLineFailure(RunTool({"export", db_, layer, existing}), 1, "exists already");
+  EXPECT_EQ(ReadFileBytes(existing), "mine");
+
+  const std::string json = dir_.File("two.geojson");
+  ExpectOneLineFailure(RunTool({"export", db_, root_, json}), 1, "holds one layer only");
+  EXPECT_FALSE(FileExists(json));
+
+  ExpectOneLineFailure(RunTool({"export", db_, layer, dir_.File("x.unknownext")}), 2,
+                       "no GDAL driver writes");
+  ExpectOneLineFailure(RunTool({"export", db_, layer, dir_.File("x"), "--format", "Nope"}), 2,
+                       "unknown format 'Nope'");
+  const std::string feature = ChildUuids(db_, layer).front();
+  ExpectOneLineFailure(RunTool({"export", db_, feature, dir_.File("f.gpkg")}), 1,
+                       "is a feature");
+  EXPECT_FALSE(FileExists(dir_.File("f.gpkg")));
+  ExpectOneLineFailure(RunTool({"export", db_, layer, dir_.File("no/such/dir/a.gpkg")}), 1,
+                       "cannot create");
+
+  // A point and a line cannot share a shapefile: the half-written files are removed.
+  SourceLayer mixed;
+  mixed.name = "mixed";
+  mixed.rows = {{"POINT (1 1)", {}}, {"LINESTRING (0 0,1 1)", {}}};
+  ASSERT_TRUE(WriteSource(dir_.File("mixed.gpkg"), "GPKG", {mixed}));
+  ASSERT_EQ(RunTool({"import", db_, dir_.File("mixed.gpkg")}).exitCode, 0);
+  const std::string shp = dir_.File("mixed.shp");
+  ExpectOneLineFailure(RunTool({"export", db_, LayerUuid(db_, "mixed"), shp}), 1, "was removed");
+  EXPECT_FALSE(FileExists(shp));
+  EXPECT_FALSE(FileExists(dir_.File("mixed.dbf")));
+}
+
+TEST_F(CliTest, ImportOfAnExportGivesBackTheSameFeatures) {
+  SourceLayer areas;
+  areas.name = "areas";
+  areas.fields = {{"name", OFTString}, {"rank", OFTInteger64}, {"share", OFTReal}};
+  areas.rows = {{"POLYGON Z ((0 0 1,1 0 1,1 1 1,0 0 1))", {"one", "1", "0.25"}},
+                {"MULTIPOLYGON (((5 5,6 5,6 6,5 5)),((7 7,8 7,8 8,7 7)))", {"two", "", "0.5"}},
+                {"POLYGON ((10 10,11 10,11 11,10 10))", {"three", "3", ""}}};
+  const std::string source = dir_.File("areas.gpkg");
+  ASSERT_TRUE(WriteSource(source, "GPKG", {areas}));
+  ASSERT_EQ(RunTool({"import", db_, source, "--name-field", "name"}).exitCode, 0);
+  const std::vector<StoredFeature> original = ReadLayer(db_, LayerUuid(db_, "areas"));
+
+  const std::string out = dir_.File("areas_out.gpkg");
+  ASSERT_EQ(RunTool({"export", db_, LayerUuid(db_, "areas"), out}).exitCode, 0);
+  const std::string copyDb = dir_.File("copy.db");
+  ASSERT_EQ(RunTool({"create", copyDb}).exitCode, 0);
+  ASSERT_EQ(RunTool({"import", copyDb, out, "--name-field", "name"}).exitCode, 0);
+  const std::vector<StoredFeature> again = ReadLayer(copyDb, LayerUuid(copyDb, "areas"));
+  ASSERT_EQ(again.size(), original.size());
+  for (size_t i = 0; i < original.size(); ++i) {
+    EXPECT_TRUE(again[i] == original[i]) << Describe(original[i]) << "\n" << Describe(again[i]);
+  }
+}
+
+// ---- tree ----
+
+TEST_F(CliTest, TreeShowsKindsNamesChecksAndCountsInSiblingOrder) {
+  const std::string a = ImportPoints("alpha", 3);
+  const std::string b = ImportPoints("beta", 1);
+  const CProcessResult text = RunTool({"tree", db_});
+  ASSERT_EQ(text.exitCode, 0) << text.err;
+  EXPECT_EQ(text.out, "folder \"Root\" [checked] 2 children  " + root_ + "\n" +
+                          "  layer \"alpha\" [checked] 3 children  " + a + "\n" +
+                          "  layer \"beta\" [checked] 1 child  " + b + "\n");
+
+  const Json::Value tree = ParseJson(RunTool({"tree", db_, "--json", "--features"}).out);
+  EXPECT_EQ(tree["uuid"].asString(), root_);
+  ASSERT_EQ(tree["nodes"].size(), 2u);
+  const Json::Value& alpha = tree["nodes"][0];
+  EXPECT_EQ(alpha["kind"].asString(), "layer");
+  EXPECT_EQ(alpha["type"].asString(), "annotation");
+  ASSERT_EQ(alpha["nodes"].size(), 3u);
+  EXPECT_EQ(alpha["nodes"][2]["kind"].asString(), "feature");
+  EXPECT_EQ(alpha["nodes"][2]["type"].asString(), "point");
+  EXPECT_EQ(alpha["nodes"][2]["check"].asString(), "checked");
+
+  const Json::Value shallow = ParseJson(RunTool({"tree", db_, "--json", "--depth", "0"}).out);
+  EXPECT_EQ(shallow["children"].asInt(), 2);
+  EXPECT_FALSE(shallow.isMember("nodes"));
+  const CProcessResult features = RunTool({"tree", db_, "--features", "--depth", "1"});
+  EXPECT_EQ(LineCount(features.out), 3) << "layers at depth 1, their features below the limit";
+}
+
+// Names pass through the module's local code page and come out as UTF-8 again.
+TEST_F(CliTest, ChineseNamesSurviveTheLocalCodePage) {
+  SourceLayer layer;
+  layer.name = "\xE5\x9F\x8E\xE5\xB8\x82";  // 城市
+  layer.fields = {{"\xE5\x90\x8D\xE7\xA7\xB0", OFTString}};  // 名称
+  layer.rows = {{"POINT (116.4 39.9)", {"\xE5\x8C\x97\xE4\xBA\xAC"}}};  // 北京
+  const std::string source = dir_.File("cities.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {layer}));
+  const CProcessResult imported =
+      RunTool({"import", db_, source, "--name-field", "\xE5\x90\x8D\xE7\xA7\xB0"});
+  ASSERT_EQ(imported.exitCode, 0) << imported.err;
+  const Json::Value tree = ParseJson(RunTool({"tree", db_, "--features", "--json"}).out);
+  EXPECT_EQ(tree["nodes"][0]["name"].asString(), "\xE5\x9F\x8E\xE5\xB8\x82");
+  EXPECT_EQ(tree["nodes"][0]["nodes"][0]["name"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
+  const Json::Value info =
+      ParseJson(RunTool({"info", db_, tree["nodes"][0]["nodes"][0]["uuid"].asString(), "--json"}).out);
+  EXPECT_EQ(info["fields"][0]["key"].asString(), "\xE5\x90\x8D\xE7\xA7\xB0");
+  EXPECT_EQ(info["fields"][0]["value"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
+}
+
+TEST_F(CliTest, VerboseShowsTheModuleLog) {
+  const CProcessResult quiet = RunTool({"tree", db_});
+  EXPECT_EQ(quiet.err, "");
+  const CProcessResult verbose = RunTool({"tree", db_, "--verbose"});
+  ASSERT_EQ(verbose.exitCode, 0);
+  EXPECT_NE(verbose.err.find("[info] module: == Spatialite-Version Support:"), std::string::npos)
+      << verbose.err;
+  EXPECT_EQ(verbose.out, quiet.out);
+}
+
+TEST_F(CliTest, TreeRefusesForeignFiles) {
+  const std::string text = dir_.File("x.db");
+  ASSERT_TRUE(WriteFileBytes(text, "SQLite format 3 but not really"));
+  ExpectOneLineFailure(RunTool({"tree", text}), 1, "is not an SQLite database");
+}
+
+// ---- info ----
+
+TEST_F(CliTest, InfoDescribesFoldersLayersAndFeatures) {
+  const std::string layer = ImportPoints("pts", 3, {"--name-field", "name"});
+  const std::string feature = ChildUuids(db_, layer)[1];
+
+  const Json::Value root = ParseJson(RunTool({"info", db_, root_, "--json"}).out);
+  EXPECT_EQ(root["kind"].asString(), "folder");
+  EXPECT_EQ(root["type"].asString(), "root");
+  EXPECT_EQ(root["children"].asInt(), 1);
+  EXPECT_DOUBLE_EQ(root["extent"][0].asDouble(), 100.0);
+  EXPECT_DOUBLE_EQ(root["extent"][2].asDouble(), 100.02);
+
+  const Json::Value info = ParseJson(RunTool({"info", db_, layer, "--json"}).out);
+  EXPECT_EQ(info["kind"].asString(), "layer");
+  EXPECT_EQ(info["name"].asString(), "pts");
+  EXPECT_EQ(info["parent"].asString(), root_);
+  EXPECT_EQ(info["children"].asInt(), 3);
+  ASSERT_EQ(info["fields"].size(), 5u);
+  EXPECT_EQ(info["fields"][3]["key"].asString(), "big");
+  EXPECT_EQ(info["fields"][3]["type"].asString(), "int64");
+  EXPECT_DOUBLE_EQ(info["extent"][1].asDouble(), 30.0);
+
+  const Json::Value one = ParseJson(RunTool({"info", db_, feature, "--json"}).out);
+  EXPECT_EQ(one["kind"].asString(), "feature");
+  EXPECT_EQ(one["name"].asString(), "p1");
+  EXPECT_EQ(one["parent"].asString(), layer);
+  EXPECT_EQ(one["geometry"]["kind"].asString(), "point");
+  EXPECT_EQ(one["geometry"]["vertices"].asInt(), 1);
+  EXPECT_DOUBLE_EQ(one["extent"][0].asDouble(), 100.01);
+  EXPECT_EQ(one["fields"][1]["value"].asInt(), 10);
+  EXPECT_EQ(one["fields"][4]["value"].asBool(), false);
+
+  const CProcessResult text = RunTool({"info", db_, feature});
+  EXPECT_NE(text.out.find("kind: feature\nuuid: " + feature + "\nname: p1\n"), std::string::npos)
+      << text.out;
+  EXPECT_NE(text.out.find("  big (int64) = 10000000001\n"), std::string::npos) << text.out;
+  EXPECT_NE(text.out.find("extent: 100.01 30 100.01 30\n"), std::string::npos) << text.out;
+
+  ExpectOneLineFailure(RunTool({"info", db_, std::string(32, '0')}), 1,
+                       "no folder, layer or feature has the uuid");
+  ExpectOneLineFailure(RunTool({"info", db_, "a'b"}), 1, "'a'b' is not a node uuid");
+}
+
+// ---- query ----
+
+TEST_F(CliTest, QueryFindsTheFeaturesMeetingARectangle) {
+  const std::string layer = ImportPoints("grid", 300, {"--name-field", "name"});
+  // Points are at 100 + (i % 100) * 0.01, 30 + (i / 100) * 0.01: this box holds i = 5..7, 105..107.
+  const CProcessResult result =
+      RunTool({"query", db_, "--extent", "100.045,29.995,100.075,30.015", "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value found = ParseJson(result.out);
+  ASSERT_EQ(found.size(), 6u) << result.out;
+  std::set<std::string> names;
+  for (const Json::Value& feature : found) {
+    names.insert(feature["name"].asString());
+    EXPECT_EQ(feature["layer"].asString(), layer);
+    EXPECT_EQ(feature["type"].asString(), "point");
+  }
+  EXPECT_EQ(names, (std::set<std::string>{"p5", "p6", "p7", "p105", "p106", "p107"}));
+
+  const CProcessResult limited =
+      RunTool({"query", db_, "--extent", "100.045,29.995,100.075,30.015", "--limit", "2"});
+  EXPECT_EQ(LineCount(limited.out), 2);
+  EXPECT_EQ(RunTool({"query", db_, "--extent", "-10,-10,-5,-5"}).out, "");
+
+  ExpectOneLineFailure(RunTool({"query", db_, "--extent", "1,2,3"}), 2, "four numbers");
+  ExpectOneLineFailure(RunTool({"query", db_, "--extent", "5,5,1,1"}), 2, "MINX <= MAXX");
+  ExpectOneLineFailure(RunTool({"query", db_, "--extent", "0,0,1,1", "--limit", "-3"}), 2,
+                       "--limit");
+}
+
+// ---- delete ----
+
+TEST_F(CliTest, DeleteRemovesLayersAndFolders) {
+  const std::string keep = ImportPoints("keep", 3);
+  const std::string gone = ImportPoints("gone", 40);
+  const CProcessResult result = RunTool({"delete", db_, gone, "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value summary = ParseJson(result.out);
+  EXPECT_EQ(summary["kind"].asString(), "layer");
+  EXPECT_EQ(summary["features"].asInt(), 40);
+  EXPECT_EQ(Count("layer"), 1);
+  EXPECT_EQ(Count("shape"), 3);
+  EXPECT_EQ(Count("shape_property"), 15);
+  EXPECT_EQ(ChildUuids(db_, root_), std::vector<std::string>{keep});
+
+  // A multi-layer import makes a layer with sub-layers; deleting it takes them along.
+  const std::string town = dir_.File("town.gpkg");
+  ASSERT_TRUE(WriteSource(town, "GPKG", {PointLayer("a", 2), PointLayer("b", 3)}));
+  ASSERT_EQ(RunTool({"import", db_, town}).exitCode, 0);
+  const CProcessResult group = RunTool({"delete", db_, LayerUuid(db_, "town")});
+  ASSERT_EQ(group.exitCode, 0) << group.err;
+  EXPECT_EQ(group.out.rfind("deleted layer ", 0), 0u);
+  EXPECT_NE(group.out.find("(5 features)"), std::string::npos) << group.out;
+  EXPECT_EQ(Count("layer"), 1);
+  EXPECT_EQ(Count("shape"), 3);
+}
+
+// The deleted node leaves its sibling list: walks see its neighbours joined, whether they are
+// layers or features and wherever it stood.
+TEST_F(CliTest, DeleteKeepsSiblingListsWhole) {
+  const std::string a = ImportPoints("a", 1), b = ImportPoints("b", 1), c = ImportPoints("c", 1);
+  ASSERT_EQ(RunTool({"delete", db_, b}).exitCode, 0);
+  EXPECT_EQ(ChildUuids(db_, root_), (std::vector<std::string>{a, c}));
+  ASSERT_EQ(RunTool({"delete", db_, a}).exitCode, 0);
+  EXPECT_EQ(ChildUuids(db_, root_), (std::vector<std::string>{c}));
+
+  // Layer c: its feature, then sub-layers s1 and s2, then a copied feature.
+  const std::string feature = ChildUuids(db_, c).front();
+  const std::string source = dir_.File("s.geojson");
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("s", 1)}));
+  ASSERT_EQ(RunTool({"import", db_, source, "--under", c}).exitCode, 0);
+  ASSERT_EQ(RunTool({"import", db_, source, "--under", c}).exitCode, 0);
+  const CProcessResult copied = RunTool({"copy", db_, feature, "--to", c});
+  ASSERT_EQ(copied.exitCode, 0) << copied.err;
+  const std::string copy = copied.out.substr(0, 32);
+  std::vector<std::string> children = ChildUuids(db_, c);
+  ASSERT_EQ(children.size(), 4u);
+  const std::string s1 = children[1], s2 = children[2];
+  EXPECT_EQ(children[3], copy);
+
+  ASSERT_EQ(RunTool({"delete", db_, s2}).exitCode, 0);  // between a layer and a feature
+  EXPECT_EQ(ChildUuids(db_, c), (std::vector<std::string>{feature, s1, copy}));
+  ASSERT_EQ(RunTool({"delete", db_, s1}).exitCode, 0);  // between two features
+  EXPECT_EQ(ChildUuids(db_, c), (std::vector<std::string>{feature, copy}));
+  EXPECT_EQ(RunTool({"tree", db_, "--features"}).out,
+            "folder \"Root\" [checked] 1 child  " + root_ + "\n" +
+                "  layer \"c\" [checked] 2 children  " + c + "\n" +
+                "    feature \"p0\" [checked] point  " + feature + "\n" +
+                "    feature \"p0\" [checked] point  " + copy + "\n");
+}
+
+TEST_F(CliTest, DeleteRefusesTheRootFeaturesAndUnknownNodes) {
+  const std::string layer = ImportPoints("pts", 2);
+  const std::string feature = ChildUuids(db_, layer).front();
+  const std::string before = ReadFileBytes(db_);
+  ExpectOneLineFailure(RunTool({"delete", db_, root_}), 1, "top root folder cannot be deleted");
+  ExpectOneLineFailure(RunTool({"delete", db_, feature}), 1, "takes a folder or a layer");
+  ExpectOneLineFailure(RunTool({"delete", db_, std::string(32, 'a')}), 1,
+                       "no folder, layer or feature");
+  EXPECT_EQ(ReadFileBytes(db_), before);
+}
+
+// ---- copy ----
+
+TEST_F(CliTest, CopyDuplicatesASubtreeUnderAnotherNode) {
+  const std::string source = ImportPoints("source", 5, {"--name-field", "name"});
+  const std::string target = ImportPoints("target", 1);
+  const CProcessResult result = RunTool({"copy", db_, source, "--to", target, "--json"});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value summary = ParseJson(result.out);
+  const std::string copy = summary["copy"].asString();
+  EXPECT_EQ(copy.size(), 32u);
+  EXPECT_EQ(summary["source"].asString(), source);
+  EXPECT_EQ(ChildUuids(db_, target).back(), copy);
+  std::vector<StoredFeature> original = ReadLayer(db_, source);
+  std::vector<StoredFeature> copied = ReadLayer(db_, copy);
+  ASSERT_EQ(copied.size(), original.size());
+  for (size_t i = 0; i < original.size(); ++i) EXPECT_TRUE(copied[i] == original[i]);
+
+  const std::string feature = ChildUuids(db_, source).front();
+  const CProcessResult one = RunTool({"copy", db_, feature, "--to", target});
+  ASSERT_EQ(one.exitCode, 0) << one.err;
+  EXPECT_EQ(one.out.size(), 33u) << "the copy's uuid and a newline";
+
+  ExpectOneLineFailure(RunTool({"copy", db_, target, "--to", copy}), 1, "own subtree");
+  ExpectOneLineFailure(RunTool({"copy", db_, source, "--to", source}), 1, "own subtree");
+  ExpectOneLineFailure(RunTool({"copy", db_, feature, "--to", root_}), 1,
+                       "a feature can only be copied under a layer");
+  ExpectOneLineFailure(RunTool({"copy", db_, root_, "--to", target}), 1,
+                       "a folder can only be copied under a folder");
+  ExpectOneLineFailure(RunTool({"copy", db_, source, "--to", feature}), 1, "not a feature");
+  ExpectOneLineFailure(RunTool({"copy", db_, source, "--to", "bad uuid"}), 1, "--to:");
+}
+
+// ---- rebuild-order ----
+
+TEST_F(CliTest, RebuildOrderRenumbersBrokenLists) {
+  const std::string layer = ImportPoints("pts", 4);
+  const std::string sub = ImportPoints("sub", 2);
+  ASSERT_EQ(RunTool({"copy", db_, sub, "--to", layer}).exitCode, 0);
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(db_.c_str(), &raw), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(raw, "UPDATE shape_order SET order_num = -1", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(raw);
+
+  const CProcessResult flat = RunTool({"rebuild-order", db_, root_});
+  ASSERT_EQ(flat.exitCode, 0) << flat.err;
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "8")
+      << "without --recursive only the root's list is renumbered";
+
+  const CProcessResult deep = RunTool({"rebuild-order", db_, root_, "--recursive", "--json"});
+  ASSERT_EQ(deep.exitCode, 0) << deep.err;
+  EXPECT_TRUE(ParseJson(deep.out)["recursive"].asBool());
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "0");
+  const std::vector<std::string> children = ChildUuids(db_, layer);
+  ASSERT_EQ(children.size(), 5u);
+  for (size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(QueryScalar(db_, "SELECT order_num FROM shape_order WHERE uuid = '" + children[i] +
+                                   "'"),
+              std::to_string(i));
+  }
+  ExpectOneLineFailure(RunTool({"rebuild-order", db_, children[0]}), 1, "a feature has no children");
+}
+
+}  // namespace

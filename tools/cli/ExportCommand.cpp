@@ -1,0 +1,110 @@
+#include "ExportCommand.h"
+
+#include <gdal_priv.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "ArgumentParser.h"
+#include "CommandContext.h"
+#include "DatabaseSession.h"
+#include "InterruptFlag.h"
+#include "LogCollector.h"
+#include "NodeFormatter.h"
+#include "ProgressBar.h"
+#include "SubtreeExporter.h"
+#include "VectorFormat.h"
+
+namespace {
+
+// Removes an output this command made, with its side files, after a failure.
+void RemoveOutput(GDALDriver* driver, const std::string& path) {
+  CPLPushErrorHandler(CPLQuietErrorHandler);
+  const CPLErr deleted = driver->Delete(path.c_str());
+  CPLPopErrorHandler();
+  std::error_code ec;
+  if (deleted != CE_None || std::filesystem::exists(path, ec)) {
+    std::filesystem::remove_all(path, ec);
+  }
+}
+
+}  // namespace
+
+void CExportCommand::Declare(CArgumentParser* parser) const {
+  parser->AddPositional("DB", "the annotation database");
+  parser->AddPositional("UUID", "the folder or layer to export, with everything below it");
+  parser->AddPositional("OUT", "the file (or directory, for some formats) to write; must not exist");
+  parser->AddOption("format", "F",
+                    "GDAL vector driver, e.g. GPKG, GeoJSON, \"ESRI Shapefile\", CSV, FlatGeobuf, "
+                    "KML (default: from OUT's extension)");
+  parser->AddFlag("json", "print the summary as JSON");
+  parser->AddExample("annotationlayer export notes.db 0f8c... cities.gpkg");
+  parser->AddExample("annotationlayer export notes.db 0f8c... out --format \"ESRI Shapefile\"");
+}
+
+int CExportCommand::Run(CCommandContext& context) {
+  const CArgumentParser& args = context.Args();
+  const auto start = std::chrono::steady_clock::now();
+  const std::string out = args.Positional("OUT");
+  if (out.empty()) return context.UsageError("OUT must not be empty");
+  struct stat info;
+  if (stat(out.c_str(), &info) == 0) {
+    return context.Fail(out + " exists already; refusing to overwrite it");
+  }
+  std::string error;
+  GDALDriver* driver = CVectorFormat::ForOutput(out, args.Value("format"), &error);
+  if (driver == nullptr) return context.UsageError(error);
+
+  CDatabaseSession session;
+  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  const std::string uuid = args.Positional("UUID");
+  E_NODE_KIND kind = NODE_KIND_NONE;
+  if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
+  if (kind == NODE_KIND_FEATURE) {
+    return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
+  }
+
+  context.Log()->ClearLastError();
+  GDALDatasetUniquePtr dataset(driver->Create(out.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+  if (!dataset) {
+    return context.FailWithCause("cannot create " + out + " as " + CVectorFormat::Name(driver));
+  }
+  CInterruptFlag interrupt;
+  CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
+  CSubtreeExporter exporter(session.Model(), &bar, &interrupt);
+  CSubtreeExporter::Summary summary;
+  const CSubtreeExporter::E_OUTCOME outcome = exporter.Run(
+      uuid, kind, dataset.get(), CVectorFormat::LayerOptions(driver), &summary, &error);
+  bar.Finish();
+  if (outcome == CSubtreeExporter::OUTCOME_DONE) {
+    // Closing writes what formats keep in memory until then.
+    dataset.reset();
+  } else {
+    dataset.reset();
+    RemoveOutput(driver, out);
+    if (outcome == CSubtreeExporter::OUTCOME_INTERRUPTED) {
+      return context.Fail("interrupted; " + out + " was removed", CCommandContext::kExitInterrupted);
+    }
+    return context.FailWithCause(error + "; " + out + " was removed");
+  }
+
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  if (context.Json()) {
+    Json::Value result(Json::objectValue);
+    result["out"] = out;
+    result["format"] = CVectorFormat::Name(driver);
+    result["layers"] = summary.layers;
+    result["features"] = static_cast<Json::Int64>(summary.features);
+    result["without_geometry"] = static_cast<Json::Int64>(summary.withoutGeometry);
+    result["seconds"] = seconds;
+    context.PrintJson(result);
+  } else {
+    context.Print("exported " + std::to_string(summary.features) + " features in " +
+                  std::to_string(summary.layers) + (summary.layers == 1 ? " layer" : " layers") +
+                  " to " + out + " (" + CVectorFormat::Name(driver) + ") in " +
+                  CNodeFormatter::Seconds(seconds) + " s");
+  }
+  return CCommandContext::kExitOk;
+}

@@ -1,0 +1,25 @@
+// `annotationlayer export DB UUID OUT`: a folder or layer with everything below it written to a
+// file in any format that GDAL/OGR writes (CSubtreeExporter), the driver chosen from OUT's
+// extension or --format. OUT must not exist; a failed or interrupted export removes what it wrote.
+//
+// Threading contract: as ICommand.
+#ifndef ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H
+#define ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H
+
+#include "Command.h"
+
+class CExportCommand : public ICommand {
+ public:
+  CExportCommand() = default;
+  CExportCommand(const CExportCommand&) = delete;
+  CExportCommand& operator=(const CExportCommand&) = delete;
+
+  std::string Name() const override { return "export"; }
+  std::string Summary() const override {
+    return "export a folder or layer subtree to a file (any format GDAL/OGR writes)";
+  }
+  void Declare(CArgumentParser* parser) const override;
+  int Run(CCommandContext& context) override;
+};
+
+#endif  // ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H

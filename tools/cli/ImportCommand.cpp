@@ -1,0 +1,182 @@
+#include "ImportCommand.h"
+
+#include <gdal_priv.h>
+#include <ogrsf_frmts.h>
+#include <sys/stat.h>
+
+#include <chrono>
+
+#include "ArgumentParser.h"
+#include "CommandContext.h"
+#include "DatabaseSession.h"
+#include "IAnnotationDBDataModel.h"
+#include "InterruptFlag.h"
+#include "LogCollector.h"
+#include "NodeFormatter.h"
+#include "ProgressBar.h"
+#include "SourceImporter.h"
+
+namespace {
+
+// The layer kinds --layer-type accepts, by name or number.
+bool ParseLayerType(const std::string& text, E_LAYER_TYPE* type) {
+  static const struct {
+    const char* name;
+    E_LAYER_TYPE type;
+  } kTypes[] = {{"annotation", LAYER_TYPE_ANNOTATION},   {"gis-point", LAYER_TYPE_GIS_POINT},
+                {"gis-line", LAYER_TYPE_GIS_LINE},       {"gis-polygon", LAYER_TYPE_GIS_POLYGON}};
+  for (const auto& entry : kTypes) {
+    if (text == entry.name || text == std::to_string(static_cast<int>(entry.type))) {
+      *type = entry.type;
+      return true;
+    }
+  }
+  return false;
+}
+
+// The file name without directory and extension: the name of a multi-layer source's layer.
+std::string BaseName(const std::string& path) {
+  std::string name = path;
+  while (name.size() > 1 && name.back() == '/') name.pop_back();
+  const size_t slash = name.find_last_of('/');
+  if (slash != std::string::npos) name = name.substr(slash + 1);
+  const size_t dot = name.find_last_of('.');
+  if (dot != std::string::npos && dot > 0) name.erase(dot);
+  return name.empty() ? "source" : name;
+}
+
+GDALDatasetUniquePtr OpenSource(const std::string& path) {
+  GDALDatasetUniquePtr dataset(
+      GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+  if (!dataset || dataset->GetDriver() == nullptr) return dataset;
+  // A CSV file's geometry is a WKT column; it should not come in as an attribute as well.
+  if (EQUAL(dataset->GetDriver()->GetDescription(), "CSV")) {
+    const char* const openOptions[] = {"GEOM_POSSIBLE_NAMES=WKT,geometry,geom,the_geom",
+                                       "KEEP_GEOM_COLUMNS=NO", nullptr};
+    const char* const csvOnly[] = {"CSV", nullptr};
+    dataset.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, csvOnly,
+                                    openOptions));
+  }
+  return dataset;
+}
+
+bool HasField(GDALDataset* dataset, const std::string& name) {
+  for (OGRLayer* layer : dataset->GetLayers()) {
+    if (layer->GetLayerDefn()->GetFieldIndex(name.c_str()) >= 0) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void CImportCommand::Declare(CArgumentParser* parser) const {
+  parser->AddPositional("DB", "the annotation database (made with 'create')");
+  parser->AddPositional("SOURCE", "a vector file or data source that GDAL/OGR can read");
+  parser->AddOption("under", "UUID", "the folder or layer to import under (default: the top root)");
+  parser->AddOption("name-field", "F", "name each feature after its attribute F");
+  parser->AddOption("layer-type", "T",
+                    "kind of the new layers: annotation (default), gis-point, gis-line or "
+                    "gis-polygon; GIS layers keep geometry only");
+  parser->AddFlag("json", "print the summary as JSON");
+  parser->AddExample("annotationlayer import notes.db cities.geojson --name-field name");
+  parser->AddExample("annotationlayer import notes.db roads.gpkg --under 0f8c...");
+}
+
+int CImportCommand::Run(CCommandContext& context) {
+  const CArgumentParser& args = context.Args();
+  const auto start = std::chrono::steady_clock::now();
+  CSourceImporter::Options options;
+  if (args.Has("layer-type") && !ParseLayerType(args.Value("layer-type"), &options.layerType)) {
+    return context.UsageError("--layer-type wants annotation, gis-point, gis-line or gis-polygon");
+  }
+  if (args.Has("under") && !CDatabaseSession::IsWellFormedUuid(args.Value("under"))) {
+    return context.UsageError("--under: '" + args.Value("under") + "' is not a node uuid");
+  }
+  options.nameField = args.Value("name-field");
+  if (args.Has("name-field") && options.nameField.empty()) {
+    return context.UsageError("--name-field wants a field name");
+  }
+
+  const std::string sourcePath = args.Positional("SOURCE");
+  GDALDatasetUniquePtr source = OpenSource(sourcePath);
+  if (!source) {
+    struct stat info;
+    if (stat(sourcePath.c_str(), &info) != 0 && sourcePath.find(':') == std::string::npos) {
+      return context.Fail(sourcePath + ": no such file");
+    }
+    return context.FailWithCause("cannot read " + sourcePath + " as vector data");
+  }
+  if (source->GetLayerCount() < 1) return context.Fail(sourcePath + " holds no vector layers");
+  if (!options.nameField.empty() && !HasField(source.get(), options.nameField)) {
+    return context.Fail("no layer of " + sourcePath + " has a field named '" + options.nameField +
+                        "'");
+  }
+  options.sourceName = BaseName(sourcePath);
+
+  CDatabaseSession session;
+  std::string error;
+  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  options.parentUuid = args.Value("under", session.RootUuid());
+  E_NODE_KIND kind = NODE_KIND_NONE;
+  if (!session.Resolve(options.parentUuid, &kind, &error)) return context.Fail("--under: " + error);
+  if (kind == NODE_KIND_FEATURE) {
+    return context.Fail("--under must name a folder or a layer, not a feature");
+  }
+
+  CInterruptFlag interrupt;
+  CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
+  CSourceImporter importer(session.Model(), &bar, &interrupt);
+  CSourceImporter::Summary summary;
+  context.Log()->ClearLastError();
+  const CSourceImporter::E_OUTCOME outcome =
+      importer.Run(source.get(), options, &summary, &error);
+  bar.Finish();
+  if (outcome == CSourceImporter::OUTCOME_INTERRUPTED) {
+    return context.Fail("interrupted; nothing was imported", CCommandContext::kExitInterrupted);
+  }
+  if (outcome != CSourceImporter::OUTCOME_DONE) {
+    return context.FailWithCause(error + "; nothing was imported");
+  }
+
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  const int64_t skipped =
+      summary.skippedEmpty + summary.skippedUnsupported + summary.skippedUntransformable;
+  if (context.Json()) {
+    Json::Value result(Json::objectValue);
+    result["source"] = sourcePath;
+    result["parent"] = options.parentUuid;
+    result["features"] = static_cast<Json::Int64>(summary.features);
+    result["layers"] = summary.layers;
+    result["styled"] = static_cast<Json::Int64>(summary.styled);
+    Json::Value skippedJson(Json::objectValue);
+    skippedJson["without_geometry"] = static_cast<Json::Int64>(summary.skippedEmpty);
+    skippedJson["unsupported_kind"] = static_cast<Json::Int64>(summary.skippedUnsupported);
+    skippedJson["not_transformable"] = static_cast<Json::Int64>(summary.skippedUntransformable);
+    result["skipped"] = skippedJson;
+    result["dropped_interior_rings"] = static_cast<Json::Int64>(summary.droppedInteriorRings);
+    result["seconds"] = seconds;
+    result["read_seconds"] = summary.readSeconds;
+    result["convert_seconds"] = summary.convertSeconds;
+    result["write_seconds"] = summary.writeSeconds;
+    context.PrintJson(result);
+    return CCommandContext::kExitOk;
+  }
+  std::string line = "imported " + std::to_string(summary.features) + " features into " +
+                     std::to_string(summary.layers) + (summary.layers == 1 ? " layer" : " layers") +
+                     " in " + CNodeFormatter::Seconds(seconds) + " s (reading " +
+                     CNodeFormatter::Seconds(summary.readSeconds) + " s, converting " +
+                     CNodeFormatter::Seconds(summary.convertSeconds) + " s, writing " +
+                     CNodeFormatter::Seconds(summary.writeSeconds) + " s)";
+  if (skipped > 0) {
+    line += "; skipped " + std::to_string(skipped) + " (" +
+            std::to_string(summary.skippedEmpty) + " without geometry, " +
+            std::to_string(summary.skippedUnsupported) + " of an unsupported kind, " +
+            std::to_string(summary.skippedUntransformable) + " not transformable)";
+  }
+  if (summary.droppedInteriorRings > 0) {
+    line += "; dropped " + std::to_string(summary.droppedInteriorRings) + " interior rings";
+  }
+  context.Print(line);
+  return CCommandContext::kExitOk;
+}

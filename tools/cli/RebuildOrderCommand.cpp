@@ -1,0 +1,76 @@
+#include "RebuildOrderCommand.h"
+
+#include <chrono>
+
+#include "ArgumentParser.h"
+#include "CommandContext.h"
+#include "DatabaseSession.h"
+#include "IAnnotationDBDataModel.h"
+#include "NodeFormatter.h"
+#include "NodeOrderRebuilder.h"
+#include "ProgressBar.h"
+
+namespace {
+
+class CRebuildProgress : public CNodeOrderRebuilder::IRebuildProgress {
+ public:
+  explicit CRebuildProgress(CProgressBar* bar) : bar_(bar) {}
+  void OnBegin(IAnnotationDBDataModel*, bool) override { bar_->Start("rebuild-order", 0); }
+  void OnNode(const std::string&, int count) override {
+    visited_ = count;
+    bar_->Update(count);
+  }
+  void OnEnd(IAnnotationDBDataModel*) override { bar_->Finish(); }
+  int Visited() const { return visited_; }
+
+ private:
+  CProgressBar* bar_;
+  int visited_ = 0;
+};
+
+}  // namespace
+
+void CRebuildOrderCommand::Declare(CArgumentParser* parser) const {
+  parser->AddPositional("DB", "the annotation database");
+  parser->AddPositional("UUID", "the folder or layer whose children are renumbered");
+  parser->AddFlag("recursive", "renumber every sibling list below it too");
+  parser->AddFlag("json", "print the result as JSON");
+  parser->AddExample("annotationlayer rebuild-order notes.db 0f8c... --recursive");
+}
+
+int CRebuildOrderCommand::Run(CCommandContext& context) {
+  const CArgumentParser& args = context.Args();
+  const auto start = std::chrono::steady_clock::now();
+  CDatabaseSession session;
+  std::string error;
+  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  const std::string uuid = args.Positional("UUID");
+  E_NODE_KIND kind = NODE_KIND_NONE;
+  if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
+  if (kind == NODE_KIND_FEATURE) {
+    return context.Fail("a feature has no children; give a folder or a layer");
+  }
+  const bool recursive = args.Has("recursive");
+  CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
+  CRebuildProgress progress(&bar);
+  CNodeOrderRebuilder rebuilder(session.Model());
+  const bool rebuilt = rebuilder.RebuildNodeOrderNum(uuid, recursive, &progress);
+  bar.Finish();
+  if (!rebuilt) return context.FailWithCause("could not renumber the children of " + uuid);
+
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  if (context.Json()) {
+    Json::Value result(Json::objectValue);
+    result["uuid"] = uuid;
+    result["recursive"] = recursive;
+    result["visited"] = progress.Visited();
+    result["seconds"] = seconds;
+    context.PrintJson(result);
+  } else {
+    context.Print("renumbered the sibling order below " + uuid + (recursive ? " (recursive)" : "") +
+                  ": " + std::to_string(progress.Visited()) + " nodes visited in " +
+                  CNodeFormatter::Seconds(seconds) + " s");
+  }
+  return CCommandContext::kExitOk;
+}

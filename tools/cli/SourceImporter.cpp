@@ -1,0 +1,194 @@
+#include "SourceImporter.h"
+
+#include <gdal_priv.h>
+#include <ogrsf_frmts.h>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+#include "AnnotationFeature.h"
+#include "AnnotationGroup.h"
+#include "FeatureBatchImporter.h"
+#include "FeatureStyleSet.h"
+#include "FieldConverter.h"
+#include "GeometryConverter.h"
+#include "InterruptFlag.h"
+#include "LocalText.h"
+#include "ProgressBar.h"
+#include "StyleConverter.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsBetween(Clock::time_point from, Clock::time_point to) {
+  return std::chrono::duration<double>(to - from).count();
+}
+
+// Keeps the importer's transaction open until Commit; discards it on every other way out.
+class CImportTransaction {
+ public:
+  explicit CImportTransaction(CFeatureBatchImporter* importer) : importer_(importer) {}
+  ~CImportTransaction() {
+    if (importer_->IsImporting()) importer_->DiscardImport();
+  }
+  CImportTransaction(const CImportTransaction&) = delete;
+  CImportTransaction& operator=(const CImportTransaction&) = delete;
+
+  bool Commit() { return importer_->EndImport(); }
+
+ private:
+  CFeatureBatchImporter* importer_;
+};
+
+// One OGR layer on its way in: the group that becomes its layer and its field keys in the local
+// code page.
+struct SourceLayer {
+  OGRLayer* layer = nullptr;
+  IAnnotationGroup* group = nullptr;
+  std::vector<std::string> keys;
+};
+
+}  // namespace
+
+CSourceImporter::CSourceImporter(IAnnotationDBDataModel* model, CProgressBar* progress,
+                                 const CInterruptFlag* interrupt)
+    : model_(model), progress_(progress), interrupt_(interrupt) {}
+
+CSourceImporter::E_OUTCOME CSourceImporter::Run(GDALDataset* source, const Options& options,
+                                                Summary* summary, std::string* error) {
+  *summary = Summary();
+  const int layerCount = source->GetLayerCount();
+  if (layerCount < 1) {
+    *error = "the source holds no vector layers";
+    return OUTCOME_FAILED;
+  }
+
+  // The groups stand for the new layers and must live until the import ends. A multi-layer
+  // source gets one group named after it, holding a group per OGR layer.
+  std::vector<std::unique_ptr<CAnnotationGroup>> topGroups;
+  CAnnotationGroup* container = nullptr;
+  if (layerCount > 1) {
+    topGroups.push_back(
+        std::make_unique<CAnnotationGroup>(CLocalText::FromUtf8(options.sourceName)));
+    container = topGroups.back().get();
+  }
+  std::vector<SourceLayer> layers;
+  int64_t total = 0;
+  bool totalKnown = true;
+  for (int i = 0; i < layerCount; ++i) {
+    SourceLayer entry;
+    entry.layer = source->GetLayer(i);
+    if (entry.layer == nullptr) continue;
+    auto group = std::make_unique<CAnnotationGroup>(CLocalText::FromUtf8(entry.layer->GetName()));
+    if (container != nullptr) {
+      entry.group = container->AddGroup(std::move(group));
+    } else {
+      entry.group = group.get();
+      topGroups.push_back(std::move(group));
+    }
+    OGRFeatureDefn* definition = entry.layer->GetLayerDefn();
+    for (int f = 0; f < definition->GetFieldCount(); ++f) {
+      entry.keys.push_back(CLocalText::FromUtf8(definition->GetFieldDefn(f)->GetNameRef()));
+    }
+    // Counting may need a full scan for some formats: only ask where it is cheap.
+    const int64_t count = entry.layer->TestCapability(OLCFastFeatureCount)
+                              ? entry.layer->GetFeatureCount(FALSE)
+                              : -1;
+    if (count < 0) totalKnown = false;
+    total += count < 0 ? 0 : count;
+    layers.push_back(entry);
+  }
+
+  CFeatureBatchImporter importer(model_, options.parentUuid);
+  importer.SetNameField(CLocalText::FromUtf8(options.nameField));
+  if (!importer.BeginImport()) {
+    *error = "the import could not start";
+    return OUTCOME_FAILED;
+  }
+  CImportTransaction transaction(&importer);
+
+  if (container != nullptr) {
+    if (!importer.InsertLayer(container, LAYER_TYPE_ANNOTATION)) {
+      *error = "the layer for the source could not be stored";
+      return OUTCOME_FAILED;
+    }
+    ++summary->layers;
+  }
+  for (const SourceLayer& entry : layers) {
+    if (!importer.InsertLayer(entry.group, options.layerType)) {
+      *error = std::string("the layer for ") + entry.layer->GetName() + " could not be stored";
+      return OUTCOME_FAILED;
+    }
+    ++summary->layers;
+  }
+
+  if (progress_ != nullptr) progress_->Start("import", totalKnown ? total : 0);
+  CAnnotationFeature feature;
+  for (const SourceLayer& entry : layers) {
+    CGeometryConverter geometries;
+    if (!geometries.SetSourceReference(entry.layer->GetSpatialRef(), error)) {
+      *error = std::string("layer ") + entry.layer->GetName() + ": " + *error;
+      return OUTCOME_FAILED;
+    }
+    entry.layer->ResetReading();
+    while (true) {
+      if (interrupt_ != nullptr && interrupt_->IsSet()) return OUTCOME_INTERRUPTED;
+      const Clock::time_point readStart = Clock::now();
+      OGRFeatureUniquePtr read(entry.layer->GetNextFeature());
+      const Clock::time_point readEnd = Clock::now();
+      summary->readSeconds += SecondsBetween(readStart, readEnd);
+      if (!read) break;
+      if (progress_ != nullptr) progress_->Advance();
+
+      const CGeometryConverter::E_RESULT converted =
+          geometries.ToFeature(read->GetGeometryRef(), &feature);
+      if (converted != CGeometryConverter::RESULT_CONVERTED) {
+        if (converted == CGeometryConverter::RESULT_EMPTY) ++summary->skippedEmpty;
+        if (converted == CGeometryConverter::RESULT_UNSUPPORTED) ++summary->skippedUnsupported;
+        if (converted == CGeometryConverter::RESULT_TRANSFORM_FAILED) {
+          ++summary->skippedUntransformable;
+        }
+        summary->convertSeconds += SecondsBetween(readEnd, Clock::now());
+        continue;
+      }
+      feature.ClearFields();
+      const int fieldCount = static_cast<int>(entry.keys.size());
+      for (int f = 0; f < fieldCount && f < read->GetFieldCount(); ++f) {
+        const QVariant value = CFieldConverter::ToVariant(*read, f);
+        if (value.isValid()) feature.SetFieldValue(entry.keys[static_cast<size_t>(f)], value);
+      }
+      feature.GetStyleSet()->Clear();
+      const char* style = read->GetStyleString();
+      if (style != nullptr && *style != '\0' &&
+          CStyleConverter::FromStyleString(style, feature.GetStyleSet()) > 0) {
+        ++summary->styled;
+      }
+      feature.SetGroup(entry.group);
+      const Clock::time_point writeStart = Clock::now();
+      summary->convertSeconds += SecondsBetween(readEnd, writeStart);
+
+      const bool stored = importer.InsertFeature(&feature);
+      summary->writeSeconds += SecondsBetween(writeStart, Clock::now());
+      if (!stored) {
+        *error = "feature " + std::to_string(read->GetFID()) + " of layer " +
+                 entry.layer->GetName() + " could not be stored";
+        return OUTCOME_FAILED;
+      }
+      ++summary->features;
+    }
+    summary->droppedInteriorRings += geometries.DroppedInteriorRings();
+  }
+  if (interrupt_ != nullptr && interrupt_->IsSet()) return OUTCOME_INTERRUPTED;
+
+  const Clock::time_point commitStart = Clock::now();
+  const bool committed = transaction.Commit();
+  summary->writeSeconds += SecondsBetween(commitStart, Clock::now());
+  if (progress_ != nullptr) progress_->Finish();
+  if (!committed) {
+    *error = "the import could not be committed";
+    return OUTCOME_FAILED;
+  }
+  return OUTCOME_DONE;
+}
