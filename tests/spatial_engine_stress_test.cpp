@@ -108,6 +108,9 @@ TEST(SpatialEngineStressTest, HostOperationsAndAForeignImportWhileTheEngineRuns)
       imported = false;
       return;
     }
+    // The engine's threads keep reading; a loaded machine can hold the writer off for longer
+    // than SpatiaLite's few seconds.
+    sqlite3_busy_timeout(other.GetConnection(), 60000);
     for (int k = 0; k < 3; ++k) {
       SPointGrid late;
       late.columns = 10;

@@ -217,10 +217,10 @@ bool CSpatialiteDBDataModel::InsertFeature(CFeatureOption& option, IAnnotationFe
 bool CSpatialiteDBDataModel::QueryTableIndexes(const char* table, const std::string& uuid,
                                                std::string& indexText) {
   if (db_ == nullptr) return false;
-  CSqlStatement* stmt = statements_->Get(
+  CCachedStatement stmt = statements_->Get(
       db_, std::string("SELECT index_id") + " FROM " + table + " WHERE" + " uuid = ?",
       "[QueryTableIndexes]:");
-  if (stmt == nullptr) return false;
+  if (!stmt) return false;
   stmt->BindText(1, uuid, false);
   if (!stmt->StepRow()) {
     ZuLogWarn << "[QueryTableIndexes]:" << "no " << table << " " << uuid;

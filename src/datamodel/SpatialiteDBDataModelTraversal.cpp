@@ -408,9 +408,9 @@ bool CSpatialiteDBDataModel::IsExistNode(const std::string& uuid, E_NODE_KIND ki
   const std::string tag = kind == NODE_KIND_FEATURE ? "[IsExistNode-Feature]:"
                           : kind == NODE_KIND_LAYER ? "[IsExistNode-Layer]:"
                                                     : "[IsExistNode-Folder]:";
-  CSqlStatement* stmt = statements_->Get(
+  CCachedStatement stmt = statements_->Get(
       db_, std::string("SELECT COUNT(*) FROM ") + table + " WHERE" + " uuid = ?", tag);
-  if (stmt == nullptr) return false;
+  if (!stmt) return false;
   stmt->BindText(1, uuid, false);
   return stmt->StepRow() && stmt->ColumnInt(0) > 0;
 }
@@ -443,9 +443,9 @@ E_LAYER_TYPE CSpatialiteDBDataModel::GetLayerType(const std::string& uuid) {
 
 E_ANNOTATION_TYPE CSpatialiteDBDataModel::GetFeatureType(const std::string& uuid) {
   if (db_ == nullptr) return ANNOTATION_TYPE_UNKNOWN;
-  CSqlStatement* stmt =
+  CCachedStatement stmt =
       statements_->Get(db_, "SELECT type FROM shape WHERE uuid = ?", "[GetFeatureType]:");
-  if (stmt == nullptr) return ANNOTATION_TYPE_UNKNOWN;
+  if (!stmt) return ANNOTATION_TYPE_UNKNOWN;
   stmt->BindText(1, uuid, false);
   if (!stmt->StepRow() || stmt->ColumnIsNull(0)) return ANNOTATION_TYPE_UNKNOWN;
   return static_cast<E_ANNOTATION_TYPE>(stmt->ColumnInt(0));
@@ -473,13 +473,13 @@ bool CSpatialiteDBDataModel::QueryParentUUIDList(std::list<std::string>& ancesto
   if (db_ == nullptr) return false;
   E_NODE_KIND kind = QueryNodeKind(uuid);
   if (kind == NODE_KIND_NONE) return false;
-  CSqlStatement* featureParent =
+  CCachedStatement featureParent =
       statements_->Get(db_, "SELECT puuid FROM shape WHERE uuid = ?", "[QueryParentUUIDList]:");
-  CSqlStatement* layerParent = statements_->Get(
+  CCachedStatement layerParent = statements_->Get(
       db_, "SELECT folder_puuid, layer_puuid FROM layer WHERE uuid = ?", "[QueryParentUUIDList]:");
-  CSqlStatement* folderParent =
+  CCachedStatement folderParent =
       statements_->Get(db_, "SELECT puuid FROM folder WHERE uuid = ?", "[QueryParentUUIDList]:");
-  if (featureParent == nullptr || layerParent == nullptr || folderParent == nullptr) return false;
+  if (!featureParent || !layerParent || !folderParent) return false;
   CSqlStatement& ofFeature = *featureParent;
   CSqlStatement& ofLayer = *layerParent;
   CSqlStatement& ofFolder = *folderParent;

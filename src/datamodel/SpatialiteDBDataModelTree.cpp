@@ -85,10 +85,10 @@ std::string CSpatialiteDBDataModel::GetLastChildUUID(const std::string& parentLa
 int CSpatialiteDBDataModel::QueryOrderNum(E_NODE_KIND kind, const std::string& uuid) {
   const char* table = OrderTable(kind);
   if (db_ == nullptr || table == nullptr) return -1;
-  CSqlStatement* stmt = statements_->Get(
+  CCachedStatement stmt = statements_->Get(
       db_, std::string("SELECT") + " order_num" + " FROM " + table + " WHERE" + " uuid = ?",
       "[QueryOrderNum]:");
-  if (stmt == nullptr) return -1;
+  if (!stmt) return -1;
   stmt->BindText(1, uuid, false);
   if (!stmt->StepRow() || stmt->ColumnIsNull(0)) return -1;
   return stmt->ColumnInt(0);

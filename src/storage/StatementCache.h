@@ -20,15 +20,39 @@
 
 #include "SqlStatement.h"
 
+// A statement of the cache lent to the calling thread; it is reset when the lease ends, so that a
+// stepped statement never keeps the connection's read transaction open (which would hold off the
+// writers of other connections).
+class CCachedStatement {
+ public:
+  explicit CCachedStatement(CSqlStatement* statement) : statement_(statement) {}
+  ~CCachedStatement() {
+    if (statement_ != nullptr) statement_->Reset();
+  }
+  CCachedStatement(CCachedStatement&& other) noexcept : statement_(other.statement_) {
+    other.statement_ = nullptr;
+  }
+  CCachedStatement(const CCachedStatement&) = delete;
+  CCachedStatement& operator=(const CCachedStatement&) = delete;
+  CCachedStatement& operator=(CCachedStatement&&) = delete;
+
+  explicit operator bool() const { return statement_ != nullptr; }
+  CSqlStatement* operator->() const { return statement_; }
+  CSqlStatement& operator*() const { return *statement_; }
+
+ private:
+  CSqlStatement* statement_;
+};
+
 class CStatementCache {
  public:
   CStatementCache() = default;
   CStatementCache(const CStatementCache&) = delete;
   CStatementCache& operator=(const CStatementCache&) = delete;
 
-  // The calling thread's statement for `sql` on `db`, reset and with its bindings cleared; null
+  // The calling thread's statement for `sql` on `db`, reset and with its bindings cleared; empty
   // when it cannot be prepared (logged with `tag`). Owned by the cache.
-  CSqlStatement* Get(sqlite3* db, const std::string& sql, const std::string& tag);
+  CCachedStatement Get(sqlite3* db, const std::string& sql, const std::string& tag);
   void Clear();
 
  private:
