@@ -169,6 +169,7 @@ TEST_F(CliTest, ImportJsonSummaryCountsWhatWasSkipped) {
   EXPECT_EQ(summary["skipped"]["unsupported_kind"].asInt(), 1);
   EXPECT_EQ(summary["dropped_interior_rings"].asInt(), 1);
   EXPECT_EQ(summary["parent"].asString(), root_);
+  EXPECT_EQ(summary["layer"].asString(), LayerUuid(db_, "mixed"));
   for (const char* key : {"seconds", "read_seconds", "convert_seconds", "write_seconds"}) {
     EXPECT_TRUE(summary[key].isDouble()) << key;
   }
