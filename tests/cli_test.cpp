@@ -355,7 +355,7 @@ TEST_F(CliTest, ProgressBarShowsOnATerminalOnly) {
 // An interrupted import rolls back: the database holds either everything or nothing.
 TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
   const std::string source = dir_.File("big.geojson");
-  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 20000)}));
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 5000)}));
   CProcessRunner runner;
   runner.SetTimeoutSeconds(240);
   runner.SetStderrTerminal(true);
@@ -374,7 +374,7 @@ TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
     EXPECT_EQ(Count("shape"), 0);
   } else {
     ASSERT_EQ(result.exitCode, 0) << "finished before the signal arrived";
-    EXPECT_EQ(Count("shape"), 20000);
+    EXPECT_EQ(Count("shape"), 5000);
   }
 }
 
