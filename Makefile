@@ -39,7 +39,7 @@ $(TSAN_DIR)/CMakeCache.txt: | deps
 
 test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 	cmake --build $(TSAN_DIR) -j $(JOBS)
-	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/sanitizers/tsan-gdal.supp" \
 		ctest --output-on-failure -j $(JOBS) -L threads
 
 # The whole suite: the plain build, the AddressSanitizer+UBSan and ThreadSanitizer builds, and a

@@ -169,6 +169,7 @@ TEST_F(CliTest, ImportJsonSummaryCountsWhatWasSkipped) {
   EXPECT_EQ(summary["skipped"]["unsupported_kind"].asInt(), 1);
   EXPECT_EQ(summary["dropped_interior_rings"].asInt(), 1);
   EXPECT_EQ(summary["parent"].asString(), root_);
+  EXPECT_EQ(summary["layer"].asString(), LayerUuid(db_, "mixed"));
   for (const char* key : {"seconds", "read_seconds", "convert_seconds", "write_seconds"}) {
     EXPECT_TRUE(summary[key].isDouble()) << key;
   }
@@ -354,7 +355,7 @@ TEST_F(CliTest, ProgressBarShowsOnATerminalOnly) {
 // An interrupted import rolls back: the database holds either everything or nothing.
 TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
   const std::string source = dir_.File("big.geojson");
-  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 20000)}));
+  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 5000)}));
   CProcessRunner runner;
   runner.SetTimeoutSeconds(240);
   runner.SetStderrTerminal(true);
@@ -373,7 +374,7 @@ TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
     EXPECT_EQ(Count("shape"), 0);
   } else {
     ASSERT_EQ(result.exitCode, 0) << "finished before the signal arrived";
-    EXPECT_EQ(Count("shape"), 20000);
+    EXPECT_EQ(Count("shape"), 5000);
   }
 }
 

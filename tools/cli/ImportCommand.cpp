@@ -7,6 +7,7 @@
 #include <chrono>
 
 #include "ArgumentParser.h"
+#include "ChildLister.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
@@ -140,12 +141,21 @@ int CImportCommand::Run(CCommandContext& context) {
 
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  // The import appended its layer as the parent's last child layer.
+  std::string newLayer;
+  CChildLister lister(false, false);
+  std::vector<CChildLister::Child> children;
+  lister.List(session.Model(), options.parentUuid, kind, &children);
+  for (auto child = children.rbegin(); child != children.rend() && newLayer.empty(); ++child) {
+    if (child->kind == NODE_KIND_LAYER) newLayer = child->uuid;
+  }
   const int64_t skipped =
       summary.skippedEmpty + summary.skippedUnsupported + summary.skippedUntransformable;
   if (context.Json()) {
     Json::Value result(Json::objectValue);
     result["source"] = sourcePath;
     result["parent"] = options.parentUuid;
+    result["layer"] = newLayer;
     result["features"] = static_cast<Json::Int64>(summary.features);
     result["layers"] = summary.layers;
     result["styled"] = static_cast<Json::Int64>(summary.styled);

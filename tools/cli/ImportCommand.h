@@ -1,8 +1,8 @@
 // `annotationlayer import DB SOURCE`: every layer of a vector source that GDAL/OGR reads (GeoJSON,
 // GeoPackage, Shapefile, KML, CSV with a WKT column, FlatGeobuf, ...) into the database, below the
 // top root folder or the folder or layer given with --under, in one transaction (CSourceImporter).
-// A progress bar shows on a terminal; a summary line (or JSON) reports features, layers, seconds
-// and what was skipped.
+// A progress bar shows on a terminal; a summary line (or JSON, which also names the new top
+// layer) reports features, layers, seconds and what was skipped.
 //
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_IMPORT_COMMAND_H

@@ -21,6 +21,8 @@ bool IsAscii(const std::string& text) {
 
 }  // namespace
 
+void CLocalText::Prepare() { LocalCodec(); }
+
 std::string CLocalText::FromUtf8(const std::string& utf8) {
   if (IsAscii(utf8) || LocalCodec() == nullptr) return utf8;
   const QString text = QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));

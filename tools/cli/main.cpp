@@ -15,6 +15,7 @@
 #include "GdalEnvironment.h"
 #include "ImportCommand.h"
 #include "InfoCommand.h"
+#include "LocalText.h"
 #include "LogCollector.h"
 #include "QueryCommand.h"
 #include "RebuildOrderCommand.h"
@@ -53,6 +54,7 @@ void RegisterCommands(CCommandRegistry* registry) {
 int main(int argc, char** argv) {
   // Nothing may leave main by an exception: a last line of defence for allocation failures.
   try {
+    CLocalText::Prepare();
     auto collector = std::make_shared<CLogCollector>(stderr);
     CLogRoute route(collector);
     CGdalEnvironment gdal(collector.get());
