@@ -1,4 +1,4 @@
-// CStyleConverter maps OGR feature style strings (the OGR Feature Style Specification:
+// CStyleConverter maps OGR feature style strings (OGR's style tools, e.g.
 // "PEN(c:#FF0000,w:2px);BRUSH(fc:#00FF00)") to the host's feature styles and back.
 //
 //   PEN     c colour, w width with its unit, id "ogr-pen-<n>"      -> CFeaturePenStyle
