@@ -295,3 +295,16 @@ TEST(StyleJsonTest, WrongMemberTypesGiveDefinedValues) {
   EXPECT_EQ(std::numeric_limits<float>::infinity(), Only<CFeatureIconStyle>(set)->GetIconScale());
   EXPECT_EQ(0.0, Only<CFeaturePenStyle>(set)->GetWidth());
 }
+
+TEST(StyleJsonRegressionTest, AnOverflowingNumberStillRoundTrips) {
+  // Found by fuzzing: an icon scale too large for a float became infinity, which was written in a
+  // form the reader rejected.
+  const std::string text =
+      "{\"icon\":{\"url\":\"icon.png\",\"a\":10,\"s\":" + std::string(60, '7') + "}}";
+  CFeatureStyleSet styles;
+  ASSERT_TRUE(AnnotationLayerNS::FromJsonStyle(&styles, text));
+  const std::string written = AnnotationLayerNS::ToJsonStyle(&styles);
+  ASSERT_FALSE(written.empty());
+  CFeatureStyleSet reread;
+  EXPECT_TRUE(AnnotationLayerNS::FromJsonStyle(&reread, written)) << written;
+}

@@ -120,12 +120,16 @@ std::string CJsonValue::Write() const {
   builder["indentation"] = "";
   // Texts are local code page bytes, not UTF-8: write them through instead of decoding them.
   builder["emitUTF8"] = true;
+  // Numbers that overflowed to infinity (or NaN) are written as Infinity / NaN, which Parse reads
+  // back; the default form (1e+9999) would make the whole text unreadable.
+  builder["useSpecialFloats"] = true;
   return Json::writeString(builder, value_);
 }
 
 bool CJsonValue::Parse(const std::string& text, CJsonValue& out, std::string* error) {
   Json::CharReaderBuilder builder;
   builder["failIfExtra"] = true;
+  builder["allowSpecialFloats"] = true;
   Json::Value root;
   std::string errors;
   bool ok = false;
