@@ -14,6 +14,7 @@ packages=(
   clang libclang-rt-14-dev
   libgdal-dev gdal-bin
   time
+  fonts-dejavu-core fontconfig
 )
 # Sanitizer runtimes come with gcc; nothing extra to install for them.
 

@@ -166,3 +166,19 @@ TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrder) {
   EXPECT_EQ(-1, CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &empty));
   EXPECT_EQ(-1, CScenePainter::Paint(scene, 0, QRectF(0, 0, 0, 10), &image));
 }
+
+TEST(ScenePainterTest, NamesNeedAGuiApplicationShapesDoNot) {
+  // This test program makes no QGuiApplication: the painter has no fonts and leaves names out.
+  ASSERT_FALSE(CScenePainter::CanDrawText());
+  CAnnotationScene scene(2);
+  CSceneDrawable named = Point("named", 1, 5, 5, 0);
+  named.name = "harbour";
+  scene.Attach(named);
+  QImage image(20, 20, QImage::Format_ARGB32);
+  image.fill(Qt::white);
+  CScenePainter::Result result;
+  ASSERT_TRUE(CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &image, &result));
+  EXPECT_EQ(1, result.shapes);
+  EXPECT_EQ(0, result.labels);
+  EXPECT_NE(QColor(Qt::white).rgb(), image.pixel(10, 10));
+}

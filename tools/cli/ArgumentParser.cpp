@@ -14,16 +14,16 @@ CArgumentParser::CArgumentParser(std::string command, std::string summary)
     : command_(std::move(command)), summary_(std::move(summary)) {}
 
 void CArgumentParser::AddPositional(const std::string& name, const std::string& help) {
-  positionals_.push_back(Declaration{name, std::string(), help});
+  positionals_.push_back(Declaration{name, std::string(), help, 0});
 }
 
 void CArgumentParser::AddOption(const std::string& name, const std::string& valueName,
-                                const std::string& help) {
-  options_.push_back(Declaration{name, valueName, help});
+                                const std::string& help, char shortName) {
+  options_.push_back(Declaration{name, valueName, help, shortName});
 }
 
 void CArgumentParser::AddFlag(const std::string& name, const std::string& help) {
-  options_.push_back(Declaration{name, std::string(), help});
+  options_.push_back(Declaration{name, std::string(), help, 0});
 }
 
 void CArgumentParser::AddExample(const std::string& example) { examples_.push_back(example); }
@@ -31,6 +31,13 @@ void CArgumentParser::AddExample(const std::string& example) { examples_.push_ba
 const CArgumentParser::Declaration* CArgumentParser::FindOption(const std::string& name) const {
   for (const Declaration& option : options_) {
     if (option.name == name) return &option;
+  }
+  return nullptr;
+}
+
+const CArgumentParser::Declaration* CArgumentParser::FindShortOption(char shortName) const {
+  for (const Declaration& option : options_) {
+    if (shortName != 0 && option.shortName == shortName) return &option;
   }
   return nullptr;
 }
@@ -60,20 +67,27 @@ bool CArgumentParser::Parse(const std::vector<std::string>& words, std::string* 
       positionalValues_.push_back(word);
       continue;
     }
-    if (word.compare(0, 2, "--") != 0) {
-      *error = "unknown option " + word;
-      return false;
-    }
-    std::string name = word.substr(2);
+    std::string name;
     std::string value;
     bool inlineValue = false;
-    const size_t equals = name.find('=');
-    if (equals != std::string::npos) {
-      value = name.substr(equals + 1);
-      name.erase(equals);
-      inlineValue = true;
+    const Declaration* option = nullptr;
+    if (word.compare(0, 2, "--") != 0) {
+      option = word.size() == 2 ? FindShortOption(word[1]) : nullptr;
+      if (option == nullptr) {
+        *error = "unknown option " + word;
+        return false;
+      }
+      name = option->name;
+    } else {
+      name = word.substr(2);
+      const size_t equals = name.find('=');
+      if (equals != std::string::npos) {
+        value = name.substr(equals + 1);
+        name.erase(equals);
+        inlineValue = true;
+      }
+      option = FindOption(name);
     }
-    const Declaration* option = FindOption(name);
     if (option == nullptr) {
       *error = "unknown option --" + name;
       return false;
@@ -164,7 +178,9 @@ std::string CArgumentParser::HelpText() const {
   }
   text += "\noptions:\n";
   for (const Declaration& option : options_) {
-    std::string left = "--" + option.name;
+    std::string left = option.shortName != 0 ? std::string("-") + option.shortName + ", --"
+                                             : std::string("--");
+    left += option.name;
     if (!option.valueName.empty()) left += " " + option.valueName;
     text += column(left, option.help);
   }

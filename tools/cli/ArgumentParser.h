@@ -24,7 +24,9 @@ class CArgumentParser {
 
   // Declarations, in the order they should appear in the help text.
   void AddPositional(const std::string& name, const std::string& help);
-  void AddOption(const std::string& name, const std::string& valueName, const std::string& help);
+  // `shortName`, when not 0, is a one-letter alias: "-o out.png" for "--output out.png".
+  void AddOption(const std::string& name, const std::string& valueName, const std::string& help,
+                 char shortName = 0);
   void AddFlag(const std::string& name, const std::string& help);
   // A line of example text shown at the end of the help.
   void AddExample(const std::string& example);
@@ -56,9 +58,11 @@ class CArgumentParser {
     std::string name;
     std::string valueName;  // empty for a flag
     std::string help;
+    char shortName;  // 0: none
   };
 
   const Declaration* FindOption(const std::string& name) const;
+  const Declaration* FindShortOption(char shortName) const;
 
   std::string command_;
   std::string summary_;

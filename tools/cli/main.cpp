@@ -19,6 +19,7 @@
 #include "LogCollector.h"
 #include "QueryCommand.h"
 #include "RebuildOrderCommand.h"
+#include "RenderCommand.h"
 #include "TreeCommand.h"
 
 namespace {
@@ -46,7 +47,7 @@ void RegisterCommands(CCommandRegistry* registry) {
   registry->Register(std::make_unique<CDeleteCommand>());
   registry->Register(std::make_unique<CCopyCommand>());
   registry->Register(std::make_unique<CRebuildOrderCommand>());
-  // A renderer registers here as one more ICommand ("render") once it is built.
+  registry->Register(std::make_unique<CRenderCommand>());
 }
 
 }  // namespace
