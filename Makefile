@@ -68,8 +68,9 @@ BENCH_FEATURES ?= 200000
 bench-import: build
 	bash bench/import_vs_ogr2ogr.sh --tool $(BUILD_DIR)/tools/annotationlayer --features $(BENCH_FEATURES)
 
+# The demo's database, picture and log go to $(BUILD_DIR)/demo.
 demo: build
-	$(BUILD_DIR)/tools/annotationlayer-demo
+	$(BUILD_DIR)/tools/annotationlayer-demo --out $(BUILD_DIR)/demo
 
 clean:
 	rm -rf $(BUILD_DIR) $(ASAN_DIR) $(TSAN_DIR) $(FUZZ_DIR)

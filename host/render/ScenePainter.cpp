@@ -258,13 +258,6 @@ bool DrawLabel(QPainter* painter, const CSceneDrawable& drawable, const QPointF&
 
   painter->save();
   painter->setTransform(place, true);
-  if (style->GetBackgroundColor().isValid() && style->GetBackgroundColor().alpha() > 0) {
-    painter->fillRect(bounds, style->GetBackgroundColor());
-  }
-  if (style->GetOutLineColor().isValid()) {
-    painter->strokePath(path, QPen(style->GetOutLineColor(), 2.0, Qt::SolidLine, Qt::RoundCap,
-                                   Qt::RoundJoin));
-  }
   painter->fillPath(path, style->GetForegroundColor());
   painter->restore();
   return true;

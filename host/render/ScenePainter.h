@@ -8,7 +8,10 @@
 // colour. The pen's and brush's patterns map onto Qt's dash and hatch patterns.
 //
 // Names are drawn after every shape, so that no shape covers a label, with the drawable's label
-// style (font, size, colour, outline, background), at the display levels where the name is shown.
+// style (font, size, decorations, angle, text colour), at the display levels where the name is
+// shown. The label's background and outline colours are not drawn: stored styles keep colours
+// without alpha, so an unset or transparent colour comes back as opaque black and cannot be told
+// from a chosen one.
 // Names never overlap: the largest shapes place theirs first (the topmost first among equals), and
 // a name that would cover one already placed is left out.
 // Text needs fonts, which Qt only provides to a QGuiApplication: without one (a plain

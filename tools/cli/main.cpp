@@ -16,6 +16,7 @@
 #include "ImportCommand.h"
 #include "InfoCommand.h"
 #include "LocalText.h"
+#include "LogRoute.h"
 #include "LogCollector.h"
 #include "QueryCommand.h"
 #include "RebuildOrderCommand.h"
@@ -23,19 +24,6 @@
 #include "TreeCommand.h"
 
 namespace {
-
-// Routes the module's log into the collector for the lifetime of the tool.
-class CLogRoute {
- public:
-  explicit CLogRoute(std::shared_ptr<CLogCollector> collector)
-      : previous_(CZuLog::SetSink(std::move(collector))) {}
-  ~CLogRoute() { CZuLog::SetSink(previous_); }
-  CLogRoute(const CLogRoute&) = delete;
-  CLogRoute& operator=(const CLogRoute&) = delete;
-
- private:
-  std::shared_ptr<IZuLogSink> previous_;
-};
 
 void RegisterCommands(CCommandRegistry* registry) {
   registry->Register(std::make_unique<CCreateCommand>());
