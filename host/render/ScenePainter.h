@@ -16,7 +16,7 @@
 // a name that would cover one already placed is left out.
 // Text needs fonts, which Qt only provides to a QGuiApplication: without one (a plain
 // QCoreApplication or none) names are skipped and shapes are still drawn. A tool with no display
-// makes a QGuiApplication on the "offscreen" platform.
+// makes a QGuiApplication on a platform that needs no display.
 //
 // Thread safety: stateless; the scene is read through its own lock, the image is the caller's.
 // Drawing names uses Qt's font database, which belongs to the thread of the QGuiApplication.

@@ -18,7 +18,10 @@ COffscreenGui::COffscreenGui() {
   if (QCoreApplication::instance() != nullptr) return;
   previousHandler_ = qInstallMessageHandler(LogQtMessage);
   handlerInstalled_ = true;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  // "minimal" with its fonts switched on: no display, and unlike "offscreen" it frees its screens.
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    qputenv("QT_QPA_PLATFORM", "minimal:enable_fonts");
+  }
   application_ = std::make_unique<QGuiApplication>(argc_, argv_);
 }
 

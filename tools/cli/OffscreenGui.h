@@ -1,6 +1,7 @@
 // COffscreenGui makes the process a Qt GUI application for its lifetime, so that text can be drawn
 // into images: Qt gives fonts only to a QGuiApplication. Unless QT_QPA_PLATFORM says otherwise it
-// uses the "offscreen" platform, which needs no display; the fonts come from fontconfig.
+// uses the "minimal" platform with fonts enabled, which needs no display; the fonts come from
+// fontconfig.
 //
 // Qt's messages go to the module's log meanwhile. Nothing happens when a Qt application object
 // exists already (the host's, or a test's).
