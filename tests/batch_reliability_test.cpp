@@ -71,9 +71,10 @@ bool HasLine(const std::string& text, const std::string& line) {
 }
 
 int CountLinesStarting(const std::string& text, const std::string& prefix) {
+  const std::string lines = "\n" + text;
   int count = 0;
-  for (size_t at = ("\n" + text).find("\n" + prefix); at != std::string::npos;
-       at = ("\n" + text).find("\n" + prefix, at + 1)) {
+  for (size_t at = lines.find("\n" + prefix); at != std::string::npos;
+       at = lines.find("\n" + prefix, at + 1)) {
     ++count;
   }
   return count;
