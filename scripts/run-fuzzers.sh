@@ -13,7 +13,8 @@ for target in "$dir"/fuzz_*; do
   work=$(mktemp -d)
   echo "== $name: ${seconds}s"
   # A fixed seed makes the short CI runs repeatable; longer runs still explore further.
-  if ! ASAN_OPTIONS=detect_leaks=1 "$target" -seed=1 -max_total_time="$seconds" -timeout=10 \
+  if ! ASAN_OPTIONS=detect_leaks=1 LSAN_OPTIONS="suppressions=$root/tests/sanitizers/lsan-gdal.supp" \
+      "$target" -seed=1 -max_total_time="$seconds" -timeout=10 \
       -rss_limit_mb=2048 -print_final_stats=0 "$work" "$root/fuzz/corpus/$name" \
       > "$work.log" 2>&1; then
     echo "$name FAILED"; tail -40 "$work.log"; status=1

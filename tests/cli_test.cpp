@@ -10,6 +10,7 @@
 #include <set>
 
 #include "CliFixtures.h"
+#include "ProcessRunner.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
 
@@ -284,6 +285,24 @@ TEST_F(CliTest, ImportReprojectsToWgs84) {
   ASSERT_EQ(features.size(), 1u);
   EXPECT_NEAR(features[0].parts[0][0].X(), 10.0, 1e-9);
   EXPECT_NEAR(features[0].parts[0][0].Y(), 10.0, 1e-9);
+}
+
+// A Web Mercator GeoJSON file with a point at 1e30 once hung the import inside GDAL for good (found
+// by fuzzing; the file is a seed of the fuzz corpus): the point is now skipped as not
+// transformable and the rest comes in.
+TEST_F(CliTest, ImportSkipsCoordinatesTooLargeToTransform) {
+  const std::string source = std::string(ANNOTATIONLAYER_SOURCE_DIR) +
+                             "/fuzz/corpus/fuzz_geojson_import/with_crs.geojson";
+  CProcessRunner runner;
+  runner.SetTimeoutSeconds(60);
+  const CProcessResult result =
+      runner.Run({ANNOTATIONLAYER_CLI_PATH, "import", db_, source, "--json"});
+  ASSERT_FALSE(result.timedOut);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const Json::Value summary = ParseJson(result.out);
+  EXPECT_EQ(summary["features"].asInt(), 1);
+  EXPECT_EQ(summary["skipped"]["not_transformable"].asInt(), 1);
+  EXPECT_EQ(Count("shape"), 1);
 }
 
 TEST_F(CliTest, ImportCarriesOgrStylesIntoTheStyleTables) {

@@ -7,6 +7,7 @@
 #include <ogr_geometry.h>
 
 #include <cstdio>
+#include <limits>
 #include <memory>
 
 #include "AnnotationFeature.h"
@@ -318,6 +319,33 @@ TEST(GeometryConverter, TransformsToWgs84) {
   EXPECT_FALSE(converter.IsTransforming());
   ASSERT_TRUE(converter.SetSourceReference(nullptr, &error));
   EXPECT_FALSE(converter.IsTransforming());
+}
+
+// GDAL never returns from reprojecting such coordinates out of Web Mercator (found by fuzzing the
+// GeoJSON import): they are refused before they get there, and ordinary ones still pass.
+TEST(GeometryConverter, RefusesCoordinatesTooLargeToTransform) {
+  OGRSpatialReference mercator;
+  mercator.importFromEPSG(3857);
+  CGeometryConverter converter;
+  std::string error;
+  ASSERT_TRUE(converter.SetSourceReference(&mercator, &error)) << error;
+  CAnnotationFeature feature;
+  for (const char* wkt : {"POINT (1e30 1e30)", "POINT (0 -1e18)",
+                          "LINESTRING (0 0,1e18 0)", "POLYGON ((0 0,1e300 0,0 1,0 0))"}) {
+    EXPECT_EQ(converter.ToFeature(FromWkt(wkt).get(), &feature),
+              CGeometryConverter::RESULT_TRANSFORM_FAILED)
+        << wkt;
+  }
+  OGRPoint infinite(std::numeric_limits<double>::infinity(), 0);
+  EXPECT_EQ(converter.ToFeature(&infinite, &feature), CGeometryConverter::RESULT_TRANSFORM_FAILED);
+  EXPECT_EQ(converter.ToFeature(FromWkt("POINT (20037508 -20037508)").get(), &feature),
+            CGeometryConverter::RESULT_CONVERTED);
+
+  // Without a transformation the coordinates are stored as they are.
+  ASSERT_TRUE(converter.SetSourceReference(nullptr, &error));
+  ASSERT_EQ(converter.ToFeature(FromWkt("POINT (1e30 1e30)").get(), &feature),
+            CGeometryConverter::RESULT_CONVERTED);
+  EXPECT_EQ(feature.GetPart(0).At(0).X(), 1e30);
 }
 
 TEST(GeometryConverter, BuildsOgrGeometriesWithZ) {

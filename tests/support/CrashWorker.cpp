@@ -1,9 +1,15 @@
-// A child process for crash tests: runs one long batch operation on a database and prints
-// "midway" to standard output when it is half done, so that the test can kill it right there.
+// A child process for crash tests: runs one long batch operation on a database and reports its
+// progress on standard error, so that the test can kill it with SIGKILL at a point of its choice.
 //
-//   crash_worker import DB PARENT COUNT
-//   crash_worker delete DB LAYER
-//   crash_worker copy DB LAYER TARGET
+//   crash_worker import DB PARENT COUNT EVERY    COUNT point features into a new layer "crash"
+//   crash_worker delete DB NODE EVERY            the folder or layer NODE and all below it
+//   crash_worker copy DB NODE TARGET EVERY       NODE and all below it into TARGET
+//   crash_worker rebuild DB NODE EVERY           renumber the order of everything below NODE
+//
+// Lines written: "mark N" after every EVERY units of work (rows imported, features deleted, nodes
+// copied or renumbered), "committing" just before the commit starts and "done" once it returned.
+// A state written by the commit is only possible after "committing" reached the pipe. The
+// module's own log is kept in memory, away from the pipe.
 #include <unistd.h>
 
 #include <cstdio>
@@ -17,17 +23,35 @@
 #include "LayerBatchCopier.h"
 #include "LayerBatchDeleter.h"
 #include "NodeCacheCalculator.h"
+#include "NodeOrderRebuilder.h"
 #include "SpatialiteDBDataModel.h"
 #include "ZuLog.h"
 
 namespace {
 
-void Midway() {
-  std::fputs("midway\n", stdout);
-  std::fflush(stdout);
+void Say(const std::string& line) {
+  const std::string text = line + "\n";
+  // One write per line, unbuffered: nothing said is lost when the kill comes.
+  if (write(STDERR_FILENO, text.data(), text.size()) < 0) std::_Exit(70);
 }
 
-int Import(CSpatialiteDBDataModel& model, const std::string& parent, int count) {
+// Counts units of work and says "mark N" at every multiple of `every`.
+class CMarker {
+ public:
+  explicit CMarker(int every) : every_(every < 1 ? 1 : every) {}
+  // The running count has reached `count`.
+  void ReachedCount(int count) {
+    while (next_ * every_ <= count) Say("mark " + std::to_string(next_++));
+  }
+  void Step() { ReachedCount(++count_); }
+
+ private:
+  int every_;
+  int next_ = 1;
+  int count_ = 0;
+};
+
+int Import(CSpatialiteDBDataModel& model, const std::string& parent, int count, CMarker& marker) {
   CAnnotationGroup group("crash");
   CFeatureBatchImporter importer(&model, parent);
   if (!importer.BeginImport() || !importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION)) return 2;
@@ -39,66 +63,94 @@ int Import(CSpatialiteDBDataModel& model, const std::string& parent, int count) 
     feature.SetGroup(&group);
     feature.SetFieldValue("n", i);
     if (!importer.InsertFeature(&feature)) return 3;
-    if (i == count / 2) Midway();
+    marker.Step();
   }
+  Say("committing");
   return importer.EndImport() ? 0 : 4;
 }
 
-class MidwayDeleteProgress : public CLayerBatchDeleter::IDeleteProgress {
+class CMarkingDeleteProgress : public CLayerBatchDeleter::IDeleteProgress {
  public:
+  explicit CMarkingDeleteProgress(CMarker* marker) : marker_(marker) {}
   bool OnDeleteLayer(const std::string&) override { return false; }
   bool OnDeleteFolder(const std::string&) override { return false; }
-  bool OnDeleteFeatures(const std::string&, int handled, int total) override {
-    if (handled * 2 >= total && !said_) {
-      said_ = true;
-      Midway();
+  // `handled` counts within one layer; the marker wants the running total over all layers.
+  bool OnDeleteFeatures(const std::string& layer, int handled, int) override {
+    if (layer != layer_ || handled < lastHandled_) {
+      layer_ = layer;
+      base_ += lastHandled_;
+      lastHandled_ = 0;
     }
+    lastHandled_ = handled;
+    marker_->ReachedCount(base_ + handled);
     return false;
   }
 
  private:
-  bool said_ = false;
+  CMarker* marker_;
+  std::string layer_;
+  int base_ = 0;
+  int lastHandled_ = 0;
 };
 
-class MidwayCopyProgress : public CLayerBatchCopier::ICopyProgress {
+class CMarkingCopyProgress : public CLayerBatchCopier::ICopyProgress {
  public:
-  explicit MidwayCopyProgress(int total) : total_(total) {}
+  explicit CMarkingCopyProgress(CMarker* marker) : marker_(marker) {}
   bool OnNodeCopied(const std::string&, int copied) override {
-    if (copied * 2 >= total_ && !said_) {
-      said_ = true;
-      Midway();
-    }
+    marker_->ReachedCount(copied);
     return false;
   }
 
  private:
-  int total_;
-  bool said_ = false;
+  CMarker* marker_;
+};
+
+class CMarkingRebuildProgress : public CNodeOrderRebuilder::IRebuildProgress {
+ public:
+  explicit CMarkingRebuildProgress(CMarker* marker) : marker_(marker) {}
+  void OnBegin(IAnnotationDBDataModel*, bool) override {}
+  void OnNode(const std::string&, int count) override { marker_->ReachedCount(count); }
+  // Called just before the rebuilder's commit.
+  void OnEnd(IAnnotationDBDataModel*) override { Say("committing"); }
+
+ private:
+  CMarker* marker_;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4) return 64;
-  CZuLog::SetSink(std::make_shared<CZuLogCaptureSink>());  // keep the pipe for the marker
+  if (argc < 5) return 64;
+  CZuLog::SetSink(std::make_shared<CZuLogCaptureSink>());
   const std::string operation = argv[1];
   CSpatialiteDBDataModel model;
   if (!model.Install(argv[2])) return 65;
   model.GetNodeCacheCalculator()->WaitForFinished(-1);
-  if (operation == "import" && argc == 5) return Import(model, argv[3], std::atoi(argv[4]));
-  if (operation == "delete") {
-    MidwayDeleteProgress progress;
+  CMarker marker(std::atoi(argv[argc - 1]));
+  int result = 64;
+  if (operation == "import" && argc == 6) {
+    result = Import(model, argv[3], std::atoi(argv[4]), marker);
+  } else if (operation == "delete" && argc == 5) {
+    CMarkingDeleteProgress progress(&marker);
     CLayerBatchDeleter deleter(&model);
     deleter.BeginDelete(false, &progress);
-    const bool deleted = deleter.BatchDeleteLayer(argv[3]);
+    const std::string node = argv[3];
+    const bool deleted = model.IsFolderUUID(node) ? deleter.BatchDeleteFolder(node)
+                                                  : deleter.BatchDeleteLayer(node);
+    Say("committing");
     deleter.EndDelete();
-    return deleted ? 0 : 5;
-  }
-  if (operation == "copy" && argc == 5) {
-    MidwayCopyProgress progress(model.CountChildren(argv[3], NODE_KIND_LAYER));
+    result = deleted ? 0 : 5;
+  } else if (operation == "copy" && argc == 6) {
+    CMarkingCopyProgress progress(&marker);
     CLayerBatchCopier copier(&model);
     if (!copier.BeginCopy(&progress) || !copier.CopyNode(argv[3], argv[4])) return 6;
-    return copier.EndCopy() ? 0 : 7;
+    Say("committing");
+    result = copier.EndCopy() ? 0 : 7;
+  } else if (operation == "rebuild" && argc == 5) {
+    CMarkingRebuildProgress progress(&marker);
+    CNodeOrderRebuilder rebuilder(&model);
+    result = rebuilder.RebuildNodeOrderNum(argv[3], true, &progress) ? 0 : 8;
   }
-  return 64;
+  if (result == 0) Say("done");
+  return result;
 }

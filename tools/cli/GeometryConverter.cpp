@@ -1,5 +1,7 @@
 #include "GeometryConverter.h"
 
+#include <cmath>
+
 #include "GeometryData.h"
 #include "IAnnotationFeature.h"
 #include "Vector3D.h"
@@ -55,6 +57,20 @@ std::unique_ptr<OGRPolygon> PolygonOf(const CGeometryData& part) {
   return polygon;
 }
 
+// GDAL's reprojection out of Web Mercator wraps the longitude back into range one turn at a time:
+// a coordinate of 1e17 takes seconds, one of 1e18 or more (or an infinite one) never returns, and
+// no interrupt reaches it there. No reference system has coordinates anywhere near this bound.
+constexpr double kLargestTransformableCoordinate = 1e12;
+
+bool IsTransformable(const OGRGeometry& geometry) {
+  OGREnvelope envelope;
+  geometry.getEnvelope(&envelope);
+  for (double value : {envelope.MinX, envelope.MaxX, envelope.MinY, envelope.MaxY}) {
+    if (!(std::fabs(value) <= kLargestTransformableCoordinate)) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 CGeometryConverter::CGeometryConverter() = default;
@@ -100,6 +116,7 @@ CGeometryConverter::E_RESULT CGeometryConverter::ToFeature(const OGRGeometry* ge
     source = owned.get();
   }
   if (transform_) {
+    if (!IsTransformable(*source)) return RESULT_TRANSFORM_FAILED;
     if (!owned) owned.reset(geometry->clone());
     if (owned->transform(transform_.get()) != OGRERR_NONE) return RESULT_TRANSFORM_FAILED;
     source = owned.get();

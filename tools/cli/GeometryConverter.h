@@ -5,8 +5,9 @@
 // one part per point, line string or polygon; a polygon keeps its exterior ring only (interior
 // rings are counted as dropped); curves are first linearised by OGR; vertices without Z get
 // Z = 0; coordinates are transformed to WGS 84 longitude/latitude when the source has another
-// reference system. Other kinds (collections, surfaces, TINs) and empty geometries are refused,
-// and the caller counts them.
+// reference system; a geometry that needs transforming and has a coordinate beyond ±1e12 (or an
+// infinite one) counts as not transformable, as GDAL would never finish with it. Other kinds
+// (collections, surfaces, TINs) and empty geometries are refused, and the caller counts them.
 //
 // Out of the module: always with Z; a polygon's ring is closed if it was stored open. A layer's
 // OGR type is chosen from the kinds of its features, and single geometries are promoted to the
