@@ -135,6 +135,10 @@ int main(int argc, char** argv) {
   perFeature("calculator GetEntityOrder", [&](const std::string& u) {
     calculator->GetEntityOrder(u);
   });
+  perFeature("calculator GetVisibleEntityOrder", [&](const std::string& u) {
+    CNodeOrder order;
+    calculator->GetVisibleEntityOrder(u, &order);
+  });
   perFeature("data model GetFeatureType", [&](const std::string& u) { model.GetFeatureType(u); });
 
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();

@@ -212,6 +212,14 @@ TEST_F(CalculatorTest, OrderKeysAndUncachedAncestors) {
   EXPECT_EQ(CNodeOrder({0, 1, -1, 1}), fresh.GetEntityOrder(feature));
   fresh.SetLVisibleChange("never-cached", false);
   EXPECT_EQ(2, fresh.GetCacheCount());
+  // The engine's combined read gives the same answers, and no order for a hidden node.
+  CNodeOrder combined;
+  EXPECT_TRUE(calculator_->GetVisibleEntityOrder(feature, &combined).IsVisible());
+  EXPECT_EQ(calculator_->GetEntityOrder(feature), combined);
+  calculator_->SetLVisibleChange(b, false);
+  CNodeOrder untouched({7});
+  EXPECT_FALSE(calculator_->GetVisibleEntityOrder(feature, &untouched).IsVisible());
+  EXPECT_EQ(CNodeOrder({7}), untouched);
   // Without a model there is nothing to walk.
   CNodeCacheCalculator orphan(nullptr);
   EXPECT_EQ(CNodeOrder(), orphan.GetEntityOrder(feature));

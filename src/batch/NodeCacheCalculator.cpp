@@ -102,6 +102,11 @@ CNodeOrder CNodeCacheCalculator::GetEntityOrder(const std::string& uuid) {
 }
 
 CNodeAttribute CNodeCacheCalculator::GetEntityAttribute(const std::string& uuid) {
+  return GetVisibleEntityOrder(uuid, nullptr);
+}
+
+CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uuid,
+                                                           CNodeOrder* order) {
   CNodeAttribute accumulator;
   if (model_ == nullptr || !model_->IsNodeVisible(uuid)) {
     accumulator.SetVisible(false);
@@ -113,6 +118,12 @@ CNodeAttribute CNodeCacheCalculator::GetEntityAttribute(const std::string& uuid)
     const CNodeAttribute own = GetLAttribute(ancestor);
     accumulator += own;
     if (!own.IsVisible()) break;
+  }
+  if (order != nullptr && accumulator.IsVisible()) {
+    CNodeOrder key;
+    for (const std::string& ancestor : ancestors) key.PushBack(GetLOrder(ancestor));
+    key.PushBack(model_->QueryOrderNum(model_->QueryNodeKind(uuid), uuid));
+    *order = std::move(key);
   }
   return accumulator;
 }

@@ -58,6 +58,11 @@ class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
   // The node's ancestors' attributes combined with +=; invisible at once when the node itself is
   // unchecked, and cut at the first invisible ancestor.
   CNodeAttribute GetEntityAttribute(const std::string& uuid);
+  // Both of the above with one walk of the node's ancestors, for callers that need the order only
+  // of visible nodes (the spatial engine asks for both for every feature of a pass). Returns the
+  // attribute; `order` receives the order key when the attribute is visible and is left untouched
+  // otherwise.
+  CNodeAttribute GetVisibleEntityOrder(const std::string& uuid, CNodeOrder* order);
   // The number of cached folders and layers.
   int GetCacheCount() const;
 

@@ -310,8 +310,10 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   };
   if (IsFeatureExcluded(uuid)) return goOn();
   CNodeAttribute attribute = VisibleAttribute();
+  CNodeOrder order;
   if (calculator_ != nullptr) {
-    attribute = calculator_->GetEntityAttribute(uuid);
+    // Visibility and order key from one walk of the feature's ancestors.
+    attribute = calculator_->GetVisibleEntityOrder(uuid, &order);
     if (!attribute.IsVisible()) return goOn();
   }
   std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
@@ -328,7 +330,7 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   }
   if (calculator_ != nullptr) {
     // An equal key keeps the feature met first; this one gets no draw value in this pass.
-    passOrder_.Insert(calculator_->GetEntityOrder(uuid), uuid);
+    passOrder_.Insert(order, uuid);
   } else {
     ApplyDrawOrder(uuid, 0);
   }
