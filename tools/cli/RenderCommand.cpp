@@ -59,7 +59,7 @@ void CRenderCommand::Declare(CArgumentParser* parser) const {
   parser->AddOption("timeout", "SECONDS",
                     "how long to wait for the view's entities (default 120)");
   parser->AddFlag("json", "print what was drawn as a JSON object");
-  parser->AddExample("annotationlayer render notes.db --extent -180,-90,180,90 --size 1024x512 "
+  parser->AddExample("annotationlayer render notes.db --extent -181,-91,181,91 --size 1024x512 "
                      "-o world.png");
 }
 

@@ -395,13 +395,15 @@ int Run(const Options& options) {
     ok = Report("close the name database (commits the names)", names.Close()) && ok;
   }
 
+  const std::string namesPath = module->GetCacheDir() + "name_cluster_demo.db";
   model->Uninstall();
   model->Uninitialize();
   model.reset();
   library.DestroyModule();
   if (ok) {
     std::cout << "database: " << dbPath << std::endl
-              << "picture: " << out << "world.png" << std::endl;
+              << "picture: " << out << "world.png" << std::endl
+              << "names: " << namesPath << std::endl;
   }
   std::cout << "module log: " << logPath << std::endl;
   std::cout << (ok ? "demo finished" : "demo failed") << std::endl;

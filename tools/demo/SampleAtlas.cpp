@@ -124,8 +124,9 @@ std::unique_ptr<OGRGeometry> SplitAtAntimeridian(const OGRGeometry* shape) {
                                                     copy.get(), identity.get(),
                                                     const_cast<char**>(options))
                                               : nullptr);
+  const bool valid = split && split->IsValid();
   CPLPopErrorHandler();
-  if (split && split->IsValid()) return split;
+  if (valid) return split;
   return std::unique_ptr<OGRGeometry>(shape->clone());
 }
 
