@@ -134,8 +134,8 @@ bool CViewRenderer::ShowExtent(const EXTENT& extent, int timeoutMs, CProgressBar
     const Clock::time_point now = Clock::now();
     if (now >= deadline) {
       if (progress != nullptr) progress->Finish();
-      *error = "the view was not complete after " + std::to_string(timeoutMs / 1000.0).substr(0, 5) +
-               " s: " + std::to_string(report->expected - remaining.size()) + " of " +
+      *error = "the view was not complete after " + std::to_string(timeoutMs) + " ms: " +
+               std::to_string(report->expected - remaining.size()) + " of " +
                std::to_string(report->expected) + " features drawn";
       return false;
     }
