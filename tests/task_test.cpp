@@ -4,10 +4,12 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
 
+#include <pthread.h>
 #include <sched.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -155,14 +157,23 @@ TEST(TaskTest, ThrowingBodyReadsAsStopped) {
   EXPECT_TRUE(task.IsStopped());
 }
 
-TEST(TaskTest, BoundedStopThatRunsOutKeepsTheThread) {
+TEST(TaskTest, BoundedStopThatRunsOutAbandonsTheThreadWithoutATrap) {
   StubbornTask task;
   ASSERT_TRUE(task.StartTask("stubborn", 120, 0));
   ASSERT_TRUE(task.started.WaitFor());
   EXPECT_FALSE(task.StopTask(20));  // the body ignores the request
   EXPECT_TRUE(task.IsStopped());    // the flag stays cleared
-  task.release.Set();
-  EXPECT_TRUE(task.StopTask(-1));   // the thread is still held and is waited for now
+  EXPECT_TRUE(task.IsAbandoned());
+  // A restart neither waits for the abandoned body nor runs a second thread beside it.
+  auto restart = std::async(std::launch::async, [&task] { return task.StartTask("again", 120, 0); });
+  const bool returned = restart.wait_for(seconds(5)) == std::future_status::ready;
+  task.release.Set();  // lets the body end either way, so that a failure cannot hang the suite
+  ASSERT_TRUE(returned) << "StartTask waited for an abandoned thread";
+  EXPECT_FALSE(restart.get());
+  ASSERT_TRUE(task.WaitForFinished(5000));
+  EXPECT_FALSE(task.IsAbandoned());
+  ASSERT_TRUE(task.StartTask("again", 120, 0));  // the finished thread is joined, a new one runs
+  EXPECT_TRUE(task.StopTask(-1));
 }
 
 TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
@@ -196,12 +207,6 @@ TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
 }
 
 TEST(TaskTest, PriorityStepsAndOffStepValues) {
-  PriorityProbe normal;
-  ASSERT_TRUE(normal.StartTask("p100", 100, 0));  // not a step: normal
-  ASSERT_TRUE(normal.StopTask(-1));
-  EXPECT_EQ(SCHED_OTHER, normal.policy);
-  EXPECT_EQ(getpriority(PRIO_PROCESS, 0), normal.nice);
-
   PriorityProbe idle;
   ASSERT_TRUE(idle.StartTask("p255", 255, 0));
   ASSERT_TRUE(idle.StopTask(-1));
@@ -212,6 +217,22 @@ TEST(TaskTest, PriorityStepsAndOffStepValues) {
   ASSERT_TRUE(lowest.StopTask(-1));
   EXPECT_EQ(SCHED_OTHER, lowest.policy);
   EXPECT_GT(lowest.nice, getpriority(PRIO_PROCESS, 0));
+
+  // Normal (120, and 100, which is no step) is set, not inherited: a task started from an idle,
+  // niced thread runs at normal priority. Leaving the idle class needs privileges.
+  if (geteuid() != 0) GTEST_SKIP() << "needs root to leave the idle scheduling class";
+  for (int priority : {120, 100}) {
+    PriorityProbe normal;
+    std::thread([&] {
+      sched_param param{};
+      ASSERT_EQ(0, pthread_setschedparam(pthread_self(), SCHED_IDLE, &param));
+      setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
+      ASSERT_TRUE(normal.StartTask("normal", priority, 0));
+      ASSERT_TRUE(normal.StopTask(-1));
+    }).join();
+    EXPECT_EQ(SCHED_OTHER, normal.policy) << priority;
+    EXPECT_EQ(0, normal.nice) << priority;
+  }
 }
 
 TEST(TaskTest, ShortSleepsAreNotCut) {

@@ -13,8 +13,9 @@
 
 namespace {
 
-// The inverted 0..255 scale onto Linux nice values. Raising priority needs privileges; like any
-// failure to change priority it is ignored and the thread runs at normal priority.
+// The inverted 0..255 scale onto Linux nice values. Every step sets both the policy and the nice
+// value, so a thread started from an idle or niced thread does not keep what it inherited. Raising
+// priority needs privileges; like any failure to change priority it is ignored.
 void ApplyPriority(int priority) {
   int nice = 0;
   switch (priority) {
@@ -33,10 +34,11 @@ void ApplyPriority(int priority) {
     }
     default: nice = 0; break;
   }
-  if (nice != 0) {
-    const id_t tid = static_cast<id_t>(syscall(SYS_gettid));
-    setpriority(PRIO_PROCESS, tid, nice);
-  }
+  sched_param param{};
+  param.sched_priority = 0;
+  pthread_setschedparam(pthread_self(), SCHED_OTHER, &param);
+  const id_t tid = static_cast<id_t>(syscall(SYS_gettid));
+  setpriority(PRIO_PROCESS, tid, nice);
 }
 
 }  // namespace
@@ -46,6 +48,7 @@ struct CTask::Thread {
   std::mutex mutex;
   std::condition_variable finishedChanged;
   bool finished = false;
+  bool abandoned = false;  // a bounded stop ran out on it
   std::shared_ptr<std::atomic<bool>> running;
 };
 
@@ -85,7 +88,8 @@ bool CTask::StartTask(const std::string& name, int priority, int reserved) {
   (void)reserved;
   if (thread_) {
     running_->store(false, std::memory_order_relaxed);
-    if (!JoinThread(-1)) return false;
+    // An abandoned body ignored a stop once already: waiting for it could take for ever.
+    if (!JoinThread(IsAbandoned() ? 0 : -1)) return false;
   }
   if (&name != &name_) name_ = name;
 
@@ -109,8 +113,8 @@ bool CTask::StopTask(int timeout_ms) {
 }
 
 // A thread cannot be killed portably (and killing one that holds a lock would poison the process),
-// so a bounded wait that runs out leaves the thread running and still held: the result is false,
-// the running flag stays cleared, and a later StopTask or StartTask waits for it again.
+// so a bounded wait that runs out abandons the thread: it keeps running and stays held, the result
+// is false and the running flag stays cleared.
 bool CTask::JoinThread(int timeout_ms) {
   {
     std::unique_lock<std::mutex> lock(thread_->mutex);
@@ -119,6 +123,7 @@ bool CTask::JoinThread(int timeout_ms) {
       thread_->finishedChanged.wait(lock, finished);
     } else if (!thread_->finishedChanged.wait_for(lock, std::chrono::milliseconds(timeout_ms),
                                                   finished)) {
+      thread_->abandoned = true;
       return false;
     }
   }
@@ -136,6 +141,12 @@ bool CTask::WaitForFinished(int timeout_ms) {
     return true;
   }
   return thread_->finishedChanged.wait_for(lock, std::chrono::milliseconds(timeout_ms), finished);
+}
+
+bool CTask::IsAbandoned() const {
+  if (!thread_) return false;
+  std::lock_guard<std::mutex> guard(thread_->mutex);
+  return thread_->abandoned && !thread_->finished;
 }
 
 void CTask::RequestStop() { running_->store(false, std::memory_order_relaxed); }
