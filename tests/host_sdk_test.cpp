@@ -1,6 +1,10 @@
 // The host SDK libraries: log sinks, core application, encoder, object creator and event kernel.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -157,6 +161,89 @@ TEST(EventKernelTest, SynchronousDispatchToEveryObserver) {
   EXPECT_FALSE(kernel.UnRegisterEventObserver(&first));
   EXPECT_EQ(1, kernel.SendEvent(&event));
   EXPECT_EQ(1u, first.codes.size());
+}
+
+namespace {
+
+// Stays inside its handler until opened, so that a test can act while a delivery is in flight.
+class GateObserver : public IEventObserver {
+ public:
+  bool OnEvent(const CEventObject*) override {
+    std::unique_lock<std::mutex> lock(mutex_);
+    inside_ = true;
+    changed_.notify_all();
+    changed_.wait_for(lock, std::chrono::seconds(10), [this] { return open_; });
+    return false;
+  }
+  bool WaitInside() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(5), [this] { return inside_; });
+  }
+  void Open() {
+    std::lock_guard<std::mutex> guard(mutex_);
+    open_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool inside_ = false, open_ = false;
+};
+
+// Unregisters itself from its own handler.
+class SelfRemovingObserver : public IEventObserver {
+ public:
+  explicit SelfRemovingObserver(CEventKernel* kernel) : kernel_(kernel) {}
+  bool OnEvent(const CEventObject*) override {
+    removed = kernel_->UnRegisterEventObserver(this);
+    return false;
+  }
+  bool removed = false;
+
+ private:
+  CEventKernel* kernel_;
+};
+
+}  // namespace
+
+TEST(EventKernelTest, UnregisterWaitsForDeliveriesInFlightAndNoneStartsAfterIt) {
+  CEventKernel kernel;
+  GateObserver gate;
+  RecordingObserver later;
+  ASSERT_TRUE(kernel.RegisterEventObserver(&gate));
+  ASSERT_TRUE(kernel.RegisterEventObserver(&later));
+  CStateEventObject event(1623, 7, 551, QVariant(QString("uuid")));
+  std::thread sender([&] { kernel.SendEvent(&event); });
+  ASSERT_TRUE(gate.WaitInside());
+  // `later` was due after `gate` in the delivery under way; once unregistered it is not called.
+  EXPECT_TRUE(kernel.UnRegisterEventObserver(&later));
+  auto unregister = std::async(std::launch::async,
+                               [&] { return kernel.UnRegisterEventObserver(&gate); });
+  const bool returnedEarly =
+      unregister.wait_for(std::chrono::milliseconds(200)) == std::future_status::ready;
+  gate.Open();
+  sender.join();
+  EXPECT_FALSE(returnedEarly) << "unregister returned while its observer was still being called";
+  EXPECT_TRUE(unregister.get());
+  EXPECT_TRUE(later.codes.empty());
+}
+
+TEST(EventKernelTest, AnObserverMayUnregisterItselfFromItsHandler) {
+  // Sent from a thread of its own that shares everything it touches, so that a deadlock fails the
+  // test instead of hanging the suite.
+  auto kernel = std::make_shared<CEventKernel>();
+  auto observer = std::make_shared<SelfRemovingObserver>(kernel.get());
+  auto event = std::make_shared<CStateEventObject>(1623, 7, 552, QVariant());
+  ASSERT_TRUE(kernel->RegisterEventObserver(observer.get()));
+  auto done = std::make_shared<std::promise<int>>();
+  std::thread([kernel, observer, event, done] { done->set_value(kernel->SendEvent(event.get())); })
+      .detach();
+  auto result = done->get_future();
+  ASSERT_EQ(std::future_status::ready, result.wait_for(std::chrono::seconds(5)));
+  EXPECT_EQ(1, result.get());
+  EXPECT_TRUE(observer->removed);
+  EXPECT_EQ(0, kernel->SendEvent(event.get()));
 }
 
 TEST(EventModuleTest, UnregistersItsObserverOnDestruction) {

@@ -1,13 +1,19 @@
 // The host's event kernel: observers register once and receive every event sent to the kernel,
 // synchronously, on the sending thread.
 //
-// Thread safety: registration and dispatch may happen on any thread. Dispatch works on a snapshot
-// of the observer list taken under the lock, so an observer may (un)register from its handler; an
-// observer must stay alive until UnRegisterEventObserver has returned.
+// Thread safety: registration and dispatch may happen on any thread; no lock is held while an
+// observer runs. UnRegisterEventObserver returns only when no other thread is delivering to that
+// observer any more, and no delivery starts after it returned, so the observer may be destroyed
+// right after it. An observer may unregister itself (or register others) from its own handler:
+// the delivery it is in is not waited for. It must not unregister itself from a handler while
+// another thread waits on that handler, which would wait for each other.
 #ifndef ZU_EVENT_KERNEL_H
 #define ZU_EVENT_KERNEL_H
 
+#include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "EventObject.h"
@@ -36,8 +42,16 @@ class ZU_EXPORT CEventKernel {
   int SendEvent(const CEventObject* event);
 
  private:
+  // One registration; deliveries hold it by shared pointer, so it outlives its removal.
+  struct Entry {
+    IEventObserver* observer;
+    bool removed = false;
+    std::vector<std::thread::id> delivering;  // threads inside observer->OnEvent now
+  };
+
   mutable std::mutex mutex_;
-  std::vector<IEventObserver*> observers_;
+  std::condition_variable delivered_;  // a delivery ended
+  std::vector<std::shared_ptr<Entry>> observers_;
 };
 
 class ZU_EXPORT CEventKernelSingleton {
