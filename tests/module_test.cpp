@@ -1,7 +1,14 @@
 // The module object: start-up, registration with the object creator, the data model registry.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <future>
 #include <memory>
+#include <thread>
 
 #include <sqlite3.h>
 #include <spatialite.h>
@@ -12,10 +19,13 @@
 #include "EventModule.h"
 #include "IAnnotationDBDataModel.h"
 #include "IAnnotationSpatialEngine.h"
+#include "NodeCacheCalculator.h"
+#include "PointGrid.h"
 #include "ObjectCreator.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
 #include "TextConversion.h"
+#include "TreeBuilder.h"
 #include "ZuCoreApplication.h"
 #include "ZuLog.h"
 
@@ -36,6 +46,72 @@ class ModuleTest : public ::testing::Test {
 };
 
 class NotAModel : public IObject {};
+
+// Hears an engine's first new entity on that engine's thread, waits there until the host's thread
+// has begun to stop the engine, and then calls back into the module, as a host observer may.
+class CallbackObserver : public IEventObserver {
+ public:
+  explicit CallbackObserver(IAnnotationSpatialEngine* engine)
+      : engine_(engine), id_(engine->GetID()) {
+    CEventKernelSingleton::GetInstance()->RegisterEventObserver(this);
+  }
+  ~CallbackObserver() override { CEventKernelSingleton::GetInstance()->UnRegisterEventObserver(this); }
+  bool OnEvent(const CEventObject* event) override {
+    const auto* state = dynamic_cast<const CStateEventObject*>(event);
+    if (state == nullptr || state->GetEventCode() != 551 || state->GetSenderID() != id_ ||
+        called_.exchange(true)) {
+      return false;
+    }
+    inside_.set_value();
+    // Nothing tells an observer that its engine is stopping: look, for a bounded time.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (engine_->IsStarted() && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::yield();
+    }
+    IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
+    module->GetSpatialEngine(id_);
+    module->FindSpatialEngine("any");
+    return false;
+  }
+  bool WaitInside() {
+    return inside_.get_future().wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+  }
+
+ private:
+  IAnnotationSpatialEngine* engine_;
+  const int id_;
+  std::atomic<bool> called_{false};
+  std::promise<void> inside_;
+};
+
+// Runs `work` on a thread of its own. A module that deadlocks cannot be cleaned up after, so a
+// run that does not end in time ends the test process with a failure.
+void MustFinish(const char* what, std::function<void()> work) {
+  auto done = std::make_shared<std::promise<void>>();
+  std::thread([work, done] {
+    work();
+    done->set_value();
+  }).detach();
+  if (done->get_future().wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+    std::fprintf(stderr, "%s did not return: deadlock with an observer calling the module\n", what);
+    std::_Exit(1);
+  }
+}
+
+// A started engine over a few visible points, made through the module.
+IAnnotationSpatialEngine* StartEngineOverPoints(IAnnotationLayerModule* module,
+                                                IAnnotationDBDataModel* model,
+                                                const std::string& root) {
+  const std::string folder = CTreeBuilder(model).AddFolder(root, "f");
+  SPointGrid grid;
+  grid.columns = 3;
+  if (!ImportPointGrid(model, folder, "points", grid)) return nullptr;
+  model->GetNodeCacheCalculator()->Refresh();
+  if (!model->GetNodeCacheCalculator()->WaitForFinished(10000)) return nullptr;
+  IAnnotationSpatialEngine* engine = module->CreateSpatialEngine("callback", model);
+  if (engine == nullptr || !engine->Start()) return nullptr;
+  return engine;
+}
 
 }  // namespace
 
@@ -159,4 +235,29 @@ TEST_F(ModuleTest, CreateEntityHandsANewEntityToTheCaller) {
   EXPECT_LT(first->GetID(), second->GetID());
   EXPECT_FALSE(first->IsAttached());
   EXPECT_EQ("", first->GetUUID());
+}
+
+TEST_F(ModuleTest, ObserversMayCallTheModuleWhileItsEnginesStop) {
+  IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
+  ASSERT_TRUE(module->Start());
+  CTestDatabase db;
+  IAnnotationDBDataModel* model = module->CreateDataModel("CSpatialiteDBDataModel", "m");
+  ASSERT_NE(nullptr, model);
+  ASSERT_TRUE(model->Install(db.Path()));
+
+  IAnnotationSpatialEngine* engine = StartEngineOverPoints(module, model, db.RootUUID());
+  ASSERT_NE(nullptr, engine);
+  {
+    CallbackObserver observer(engine);
+    engine->OnUpdateRange(EXTENT{-1, -1, 5, 5});
+    ASSERT_TRUE(observer.WaitInside());
+    MustFinish("DestroySpatialEngine", [&] { module->DestroySpatialEngine(engine); });
+  }
+
+  engine = StartEngineOverPoints(module, model, db.RootUUID());
+  ASSERT_NE(nullptr, engine);
+  CallbackObserver observer(engine);
+  engine->OnUpdateRange(EXTENT{-1, -1, 5, 5});
+  ASSERT_TRUE(observer.WaitInside());
+  MustFinish("DestroyAnnotationLayerModule", [] { DestroyAnnotationLayerModule(); });
 }

@@ -6,10 +6,12 @@
 
 namespace {
 
-// The one module object of the process. The mutex only makes concurrent first calls safe; the
-// host normally calls these on its main thread.
+// The one module object of the process. The mutex guards the pointer only: it is not held while
+// the module stops, because stopping joins engine threads whose host observers may ask for the
+// module (and get it, until it is gone).
 std::mutex g_moduleMutex;
 CAnnotationLayerModule* g_module = nullptr;
+bool g_destroying = false;
 
 }  // namespace
 
@@ -20,12 +22,20 @@ extern "C" IAnnotationLayerModule* GetOrCreateAnnotationLayerModule() {
 }
 
 extern "C" void DestroyAnnotationLayerModule() {
-  std::lock_guard<std::mutex> guard(g_moduleMutex);
-  if (g_module == nullptr) return;
-  IAnnotationLayerModule* module = g_module;
-  module->Stop();
+  CAnnotationLayerModule* module = nullptr;
+  {
+    std::lock_guard<std::mutex> guard(g_moduleMutex);
+    if (g_module == nullptr || g_destroying) return;
+    g_destroying = true;
+    module = g_module;
+  }
+  static_cast<IAnnotationLayerModule*>(module)->Stop();
+  {
+    std::lock_guard<std::mutex> guard(g_moduleMutex);
+    g_module = nullptr;
+    g_destroying = false;
+  }
   delete module;
-  g_module = nullptr;
 }
 
 extern "C" bool AnnotationLayerCreateDatabase(const char* path) {

@@ -75,11 +75,12 @@ IAnnotationDBDataModel* CAnnotationLayerModule::FindDataModel(const std::string&
 
 bool CAnnotationLayerModule::DestroyDataModel(IAnnotationDBDataModel* model) {
   if (model == nullptr) return false;
-  std::lock_guard<std::mutex> guard(*dataModelLock_);
-  const int id = model->GetObjectID();
+  {
+    std::lock_guard<std::mutex> guard(*dataModelLock_);
+    dataModels_.erase(model->GetObjectID());
+  }
   model->Uninitialize();
   delete model;
-  dataModels_.erase(id);
   return true;
 }
 
@@ -109,11 +110,13 @@ IAnnotationSpatialEngine* CAnnotationLayerModule::FindSpatialEngine(const std::s
 
 bool CAnnotationLayerModule::DestroySpatialEngine(IAnnotationSpatialEngine* engine) {
   if (engine == nullptr) return false;
-  std::lock_guard<std::mutex> guard(*engineLock_);
-  const int id = engine->GetID();
+  {
+    std::lock_guard<std::mutex> guard(*engineLock_);
+    engines_.erase(engine->GetID());
+  }
+  // Joins the engine's threads, which may be inside a host observer that calls the module.
   engine->Uninitialize();
   delete engine;
-  engines_.erase(id);
   return true;
 }
 
@@ -153,27 +156,28 @@ bool CAnnotationLayerModule::Start() {
 }
 
 bool CAnnotationLayerModule::Stop() {
-  // Engines read their data models from their own threads: they stop before any model goes, and
-  // are uninitialised and deleted after the models, as the registries wind down in that order.
+  // Both registries are emptied under their locks first; the objects are wound down afterwards,
+  // with no lock held, while engine threads may still call into the module. Engines read their
+  // data models from their own threads: they stop before any model goes, and are uninitialised and
+  // deleted after the models.
+  std::map<int, IAnnotationSpatialEngine*> engines;
   {
     std::lock_guard<std::mutex> guard(*engineLock_);
-    for (auto& entry : engines_) entry.second->Stop();
+    engines.swap(engines_);
   }
+  std::map<int, IAnnotationDBDataModel*> models;
   {
     std::lock_guard<std::mutex> guard(*dataModelLock_);
-    for (auto& entry : dataModels_) {
-      entry.second->Uninitialize();
-      delete entry.second;
-    }
-    dataModels_.clear();
+    models.swap(dataModels_);
   }
-  {
-    std::lock_guard<std::mutex> guard(*engineLock_);
-    for (auto& entry : engines_) {
-      entry.second->Uninitialize();
-      delete entry.second;
-    }
-    engines_.clear();
+  for (auto& entry : engines) entry.second->Stop();
+  for (auto& entry : models) {
+    entry.second->Uninitialize();
+    delete entry.second;
+  }
+  for (auto& entry : engines) {
+    entry.second->Uninitialize();
+    delete entry.second;
   }
   return true;
 }

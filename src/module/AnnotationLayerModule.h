@@ -2,9 +2,11 @@
 // model class with the host's object creator, owns the event module that links it to the host's
 // event kernel, and keeps registries of the data models and spatial engines it made.
 //
-// Threading contract: as IAnnotationLayerModule. Each registry has its own mutex; no registry lock
-// is held while the other is taken. Engines are stopped under the engine lock; their threads never
-// take a registry lock.
+// Threading contract: as IAnnotationLayerModule. Each registry has its own mutex, held only to read
+// or change the registry: an object is taken out of its registry under the lock and stopped,
+// uninitialised and deleted after the lock is released. Engine threads announce entities to host
+// observers synchronously, and an observer may call back into the module (GetSpatialEngine,
+// FindSpatialEngine, ...) while the host's thread waits for those threads to end.
 #ifndef ANNOTATIONLAYER_ANNOTATION_LAYER_MODULE_H
 #define ANNOTATIONLAYER_ANNOTATION_LAYER_MODULE_H
 
