@@ -323,6 +323,9 @@ TEST_F(EngineTest, ExclusionReleasesTheEntityAndIsRemembered) {
   ASSERT_TRUE(WaitEntities(12));
   ASSERT_TRUE(scene_->Contains(features[0]));
 
+  // A host that refreshes every feature it hears of: by then the feature is excluded, so the
+  // refresh cannot give it an entity that no later pass would release.
+  listener_.onRemoved = [this](const std::string& uuid) { engine_->UpdateFeature(uuid); };
   EXPECT_TRUE(engine_->SetFeatureExcluded(features[0], true));
   EXPECT_TRUE(engine_->IsFeatureExcluded(features[0]));
   EXPECT_FALSE(scene_->Contains(features[0]));
@@ -446,6 +449,54 @@ TEST_F(EngineTest, UpdateFeatureRebuildsItsEntityOrReleasesAGoneFeature) {
   engine_->UpdateFeature(features[2]);
   EXPECT_FALSE(scene_->Contains(features[2]));
   EXPECT_EQ(1u, listener_.changed.size());
+
+  // Its layer unchecked, a feature's drawable is hidden by the update at once, and keeps its
+  // draw value.
+  ASSERT_TRUE(scene_->GetDrawable(features[3], &drawable));
+  const int z = drawable.display.zValue;
+  CLayerOption option = model_->QueryLayerOption(layer_);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_->ModifyLayerOption(option));
+  engine_->UpdateFeature(features[3]);
+  ASSERT_TRUE(scene_->GetDrawable(features[3], &drawable));
+  EXPECT_FALSE(drawable.display.visible);
+  EXPECT_EQ(z, drawable.display.zValue);
+}
+
+TEST_F(EngineTest, AResetWhileAPassBeginsCutsThatPass) {
+  Populate(4, 3);
+  log_->HoldAt("----> Travel Begin [test]");  // the pass has taken its change and range by then
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(log_->WaitForCount("----> Travel Begin [test]", 1));
+  engine_->ResetAll();
+  log_->Release();
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("ms size=0"));
+  EXPECT_EQ(0, engine_->GetPool()->GetRecordCount());
+  EXPECT_EQ(0, engine_->GetPendingCount());
+}
+
+TEST_F(EngineTest, TheModelMayBeInstalledAgainUnderAStartedEngine) {
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(12));
+  ASSERT_TRUE(WaitPasses(1));
+  // Uninstall deletes the calculator the first pass used; the next pass takes the new one. The
+  // freed block stays taken meanwhile, so that the new calculator cannot land at the old address
+  // and a stale pointer reads freed memory in any build.
+  ASSERT_TRUE(model_->Uninstall());
+  std::unique_ptr<char[]> freedBlock(new char[sizeof(CNodeCacheCalculator)]());
+  ASSERT_TRUE(model_->Install(db_.Path()));
+  calculator_ = model_->GetNodeCacheCalculator();
+  ASSERT_TRUE(calculator_->WaitForFinished(10000));
+  CLayerOption option = model_->QueryLayerOption(layer_);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_->ModifyLayerOption(option));
+  engine_->Refresh();
+  ASSERT_TRUE(WaitPasses(2));
+  EXPECT_EQ(0, engine_->GetPool()->GetRecordCount());  // the new calculator hides the layer
 }
 
 TEST_F(EngineTest, ReattachAllMovesEveryDrawableToTheAttachParameter) {

@@ -73,13 +73,11 @@ bool CAnnotationSpatialEngine::Initialize(const std::string& name, IAnnotationDB
   dataModel_ = model;
   started_.store(false, std::memory_order_relaxed);
   changeCount_.store(0, std::memory_order_relaxed);
-  calculator_ = model->GetNodeCacheCalculator();
   return true;
 }
 
 bool CAnnotationSpatialEngine::Uninitialize() {
   Stop();
-  calculator_ = nullptr;
   module_ = nullptr;
   dataModel_ = nullptr;
   name_.clear();
@@ -176,7 +174,6 @@ void CAnnotationSpatialEngine::ResetAll() {
 void CAnnotationSpatialEngine::Refresh() {
   if (!pool_) return;
   DropAll(true);
-  changeCount_.store(1, std::memory_order_release);
 }
 
 void CAnnotationSpatialEngine::ReattachAll() {
@@ -188,17 +185,19 @@ void CAnnotationSpatialEngine::OnUpdateRange(const EXTENT& range) {
   if (!started_.load(std::memory_order_relaxed)) return;
   const EXTENT current = LoadRange();
   if (SameRange(current, range)) return;
-  if (AnnotationLayerNS::IsNeedUpdateRange(current, range)) {
+  const bool cutPass = AnnotationLayerNS::IsNeedUpdateRange(current, range);
+  if (cutPass) {
     ZuLOG << Utf8ToLocal("[SpatialEngine::OnUpdateRange] 优先考虑更小的范围 [") << name_ << "]";
-    abortPass_.store(true, std::memory_order_relaxed);
   }
-  StoreRange(range);
   {
+    // One step as the traversal thread sees it (see BeginPass): the pass under way is cut, or the
+    // next pass takes the new range, never neither.
     CCriticalLockGuard guard(pendingLock_.get());
+    if (cutPass) abortPass_.store(true, std::memory_order_relaxed);
+    StoreRange(range);
     pendingFeatures_.clear();
+    changeCount_.fetch_add(1, std::memory_order_relaxed);
   }
-  // Raised after the range is stored: the pass that takes this change reads this range.
-  changeCount_.fetch_add(1, std::memory_order_release);
   if (listener_ != nullptr) listener_->OnRangeChanged(range);
 }
 
@@ -213,15 +212,17 @@ void CAnnotationSpatialEngine::UpdateFeature(const std::string& uuid) {
   if (IsFeatureExcluded(uuid)) return;
   std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
   if (!record) return;
+  CNodeCacheCalculator* calculator = dataModel_->GetNodeCacheCalculator();
   CNodeAttribute attribute =
-      calculator_ != nullptr ? calculator_->GetEntityAttribute(uuid) : VisibleAttribute();
+      calculator != nullptr ? calculator->GetEntityAttribute(uuid) : VisibleAttribute();
+  // The calculator knows no draw values; the feature keeps the one its last pass gave it.
+  attribute.SetZValue(record->GetAttribute().GetZValue());
+  // The record carries the fresh attribute too: AssignEntity hands the record's to the entity.
+  record->SetAttribute(attribute);
   std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
   if (entity) {
-    // The calculator knows no draw values; the entity keeps the one its last pass gave it.
-    attribute.SetZValue(entity->GetAttribute().GetZValue());
     entity->SetAttribute(attribute);
   } else {
-    record->SetAttribute(attribute);
     record->SetFeatureType(dataModel_->GetFeatureType(uuid));
   }
   if (pool_->AssignEntity(uuid, CAnnotationEntity::kUpdateAll)) {
@@ -232,16 +233,20 @@ void CAnnotationSpatialEngine::UpdateFeature(const std::string& uuid) {
 }
 
 bool CAnnotationSpatialEngine::SetFeatureExcluded(const std::string& uuid, bool excluded) {
+  excludedLock_->Lock();
+  if (excluded) {
+    // In the set before the entity goes: a pass or a creator that looks from now on skips the
+    // feature, so none can give it an entity again that no later pass would release.
+    excludedFeatures_.insert(uuid);
+  } else {
+    excludedFeatures_.erase(uuid);
+  }
+  const bool unlocked = excludedLock_->Unlock();
   if (excluded) {
     if (pool_) pool_->ReleaseEntity(uuid);
     if (listener_ != nullptr) listener_->OnFeatureRemoved(uuid);
-    excludedLock_->Lock();
-    excludedFeatures_.insert(uuid);
-  } else {
-    excludedLock_->Lock();
-    excludedFeatures_.erase(uuid);
   }
-  return excludedLock_->Unlock();
+  return unlocked;
 }
 
 bool CAnnotationSpatialEngine::IsFeatureExcluded(const std::string& uuid) {
@@ -278,14 +283,15 @@ void CAnnotationSpatialEngine::OnRunTaskEx(CTaskEx* task) {
 bool CAnnotationSpatialEngine::RunTraversalStep() {
   if (dataModel_ == nullptr || changeCount_.load(std::memory_order_relaxed) < 1) return false;
   if (!passOrder_.Empty()) return true;  // a pass is still being ranked
-  changeCount_.exchange(0, std::memory_order_acquire);
+  EXTENT range;
+  if (!BeginPass(&range)) return false;
   const CStopwatch stopwatch;
-  const EXTENT range = LoadRange();
   ZuLOG << "----> Travel Begin [" << name_ << "]>>>>>" << range.min_x << ", " << range.min_y
         << ", " << range.max_x << ", " << range.max_y;
   pool_->BeginTravel();
   acceptedCount_.store(0, std::memory_order_relaxed);
-  abortPass_.store(false, std::memory_order_relaxed);
+  // Taken at every pass: the model makes a new calculator each time it is installed again.
+  passCalculator_ = dataModel_->GetNodeCacheCalculator();
 
   dataModel_->TravelViaExtent(this, range, -1);
 
@@ -297,7 +303,20 @@ bool CAnnotationSpatialEngine::RunTraversalStep() {
   ZuLOG << "----> Travel End [" << name_ << "] <<<<< d="
         << static_cast<long long>(stopwatch.ElapsedMs()) << "ms size=" << passOrder_.Size();
   passOrder_.Clear();
-  passCount_.fetch_add(1, std::memory_order_relaxed);
+  passCalculator_ = nullptr;
+  passCount_.fetch_add(1, std::memory_order_release);
+  return true;
+}
+
+bool CAnnotationSpatialEngine::BeginPass(EXTENT* range) {
+  // The host's requests (range change, reset, refresh) change the abort flag, the range and the
+  // change count in one step under pendingLock; taking all three here in one step too means a
+  // request lands either before this pass (which then walks its range) or during it (which it
+  // cuts, and whose change runs the next pass). A reset in between leaves no change: no pass.
+  CCriticalLockGuard guard(pendingLock_.get());
+  abortPass_.store(false, std::memory_order_relaxed);
+  if (changeCount_.exchange(0, std::memory_order_relaxed) < 1) return false;
+  *range = LoadRange();
   return true;
 }
 
@@ -308,27 +327,33 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   auto goOn = [this] {
     return abortPass_.load(std::memory_order_relaxed) ? HANDLE_TYPE_STOP : HANDLE_TYPE_CONTINUE;
   };
+  // A pass cut before its first feature records nothing.
+  if (abortPass_.load(std::memory_order_relaxed)) return HANDLE_TYPE_STOP;
   if (IsFeatureExcluded(uuid)) return goOn();
   CNodeAttribute attribute = VisibleAttribute();
   CNodeOrder order;
-  if (calculator_ != nullptr) {
+  if (passCalculator_ != nullptr) {
     // Visibility and order key from one walk of the feature's ancestors.
-    attribute = calculator_->GetVisibleEntityOrder(uuid, &order);
+    attribute = passCalculator_->GetVisibleEntityOrder(uuid, &order);
     if (!attribute.IsVisible()) return goOn();
   }
   std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
   if (!record) return HANDLE_TYPE_CONTINUE;
+  // The record always carries this pass's attribute: AssignEntity hands the record's to the
+  // entity, also to one that exists already.
+  record->SetAttribute(attribute);
   std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
   if (entity) {
     entity->SetAttribute(attribute);
   } else {
-    record->SetAttribute(attribute);
     record->SetFeatureType(dataModel_->GetFeatureType(uuid));
-    // Queued again on every pass in which the feature still has no entity.
+    // Queued again on every pass in which the feature still has no entity; not once a request
+    // has cut the pass, since that request emptied the queue for a view this pass no longer has.
     CCriticalLockGuard guard(pendingLock_.get());
+    if (abortPass_.load(std::memory_order_relaxed)) return HANDLE_TYPE_STOP;
     pendingFeatures_.push_back(uuid);
   }
-  if (calculator_ != nullptr) {
+  if (passCalculator_ != nullptr) {
     // An equal key keeps the feature met first; this one gets no draw value in this pass.
     passOrder_.Insert(order, uuid);
   } else {
@@ -376,14 +401,20 @@ bool CAnnotationSpatialEngine::RunCreationStep() {
 }
 
 void CAnnotationSpatialEngine::DropAll(bool keepRange) {
-  changeCount_.store(0, std::memory_order_relaxed);
-  abortPass_.store(true, std::memory_order_relaxed);
-  if (!keepRange) StoreRange(EXTENT());
   {
+    // One step as the traversal thread sees it (see BeginPass).
     CCriticalLockGuard guard(pendingLock_.get());
+    abortPass_.store(true, std::memory_order_relaxed);
+    if (!keepRange) StoreRange(EXTENT());
     pendingFeatures_.clear();
+    changeCount_.store(0, std::memory_order_relaxed);
   }
   pool_->ClearAll();
+  if (keepRange) {
+    // Only now: a pass that began before the pool was emptied would lose its records to it.
+    CCriticalLockGuard guard(pendingLock_.get());
+    changeCount_.store(1, std::memory_order_relaxed);
+  }
   if (listener_ != nullptr) listener_->OnReset();
 }
 

@@ -14,10 +14,16 @@
 // Threading contract: the host calls the IAnnotationSpatialEngine operations from one thread. The
 // engine's threads share with it: pendingFeatures (under pendingLock), excludedFeatures (under
 // excludedLock), and flags and counters that are atomics read without ordering (a stale read costs
-// at most one more feature visit or one more sleep). The range is published before changeCount is
-// raised, so the pass that follows the last change reads the last range. No engine lock is held
-// while another lock is taken or while the data model, the calculator or the pool is called.
-// passOrder and acceptedCount belong to the traversal thread.
+// at most one more feature visit or one more sleep). A host request that changes the view (range,
+// reset, refresh) sets the abort flag, the range and the change count in one step under
+// pendingLock, and a pass takes them in one step under it too, so no request is lost between the
+// two. A feature is excluded before its entity is released. No engine lock is held while another
+// lock is taken or while the data model, the calculator or the pool is called. passOrder,
+// acceptedCount and the pass's calculator belong to the traversal thread.
+//
+// The node cache calculator is taken from the data model at every pass (and by UpdateFeature), so
+// the model may be uninstalled and installed again under a started engine, between passes; the
+// model must not be uninstalled while a pass runs or entities are being built.
 #ifndef ANNOTATIONLAYER_ANNOTATION_SPATIAL_ENGINE_H
 #define ANNOTATIONLAYER_ANNOTATION_SPATIAL_ENGINE_H
 
@@ -86,7 +92,7 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   CEntityAssignPool* GetPool() { return pool_.get(); }
   int GetPendingCount();
   std::vector<const CTask*> GetTasks() const;
-  int GetPassCount() const { return passCount_.load(std::memory_order_relaxed); }
+  int GetPassCount() const { return passCount_.load(std::memory_order_acquire); }
 
  protected:
   // The body of all nine threads; the traversal thread is told apart by its task.
@@ -101,6 +107,9 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
  private:
   // One pass over the current range; false when none was due.
   bool RunTraversalStep();
+  // Clears the abort flag, takes the pending changes and the range to walk; false when a reset
+  // took the changes away.
+  bool BeginPass(EXTENT* range);
   // Builds the entity of the next queued feature; false when the queue was empty.
   bool RunCreationStep();
   void ApplyDrawOrder(const std::string& uuid, int z);
@@ -119,7 +128,6 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   std::atomic<int> maxPerPass_{kDefaultMaxPerPass};
   std::unique_ptr<CEntityAssignPool> pool_;
   IAnnotationSpatialEngineListener* listener_ = nullptr;  // not owned
-  CNodeCacheCalculator* calculator_ = nullptr;            // not owned
   std::atomic<bool> started_{false};
   std::atomic<int> changeCount_{0};
   std::atomic<bool> abortPass_{false};
@@ -128,6 +136,7 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   // The traversal task as its threads see it; compared, never dereferenced.
   std::atomic<CTaskEx*> mainTaskId_{nullptr};
   std::atomic<int> acceptedCount_{0};
+  CNodeCacheCalculator* passCalculator_ = nullptr;  // the running pass's; not owned
   CPassOrder passOrder_;
   std::vector<std::unique_ptr<CTaskEx>> creatorTasks_;
   std::unique_ptr<CCriticalLock> pendingLock_;

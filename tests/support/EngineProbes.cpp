@@ -72,9 +72,13 @@ void CStateEventCounter::Clear() {
 class CLogWaiter::Sink : public IZuLogSink {
  public:
   void Write(const ZuLogRecord& record) override {
-    std::lock_guard<std::mutex> guard(mutex);
+    std::unique_lock<std::mutex> lock(mutex);
     lines.push_back(record.text);
     changed.notify_all();
+    if (hold.empty() || record.text.find(hold) == std::string::npos) return;
+    hold.clear();
+    released = false;
+    changed.wait_for(lock, std::chrono::seconds(10), [this] { return released; });
   }
   int CountLocked(const std::string& fragment) const {
     int count = 0;
@@ -85,6 +89,8 @@ class CLogWaiter::Sink : public IZuLogSink {
   mutable std::mutex mutex;
   std::condition_variable changed;
   std::vector<std::string> lines;
+  std::string hold;
+  bool released = false;
 };
 
 CLogWaiter::CLogWaiter() : sink_(std::make_shared<Sink>()) { previous_ = CZuLog::SetSink(sink_); }
@@ -110,6 +116,22 @@ bool CLogWaiter::WaitForCount(const std::string& fragment, int count, int ms) co
 void CLogWaiter::Clear() {
   std::lock_guard<std::mutex> guard(sink_->mutex);
   sink_->lines.clear();
+}
+
+void CLogWaiter::HoldAt(const std::string& fragment) {
+  std::lock_guard<std::mutex> guard(sink_->mutex);
+  sink_->hold = fragment;
+}
+
+void CLogWaiter::Release() {
+  std::lock_guard<std::mutex> guard(sink_->mutex);
+  sink_->released = true;
+  sink_->changed.notify_all();
+}
+
+void CListenerProbe::OnFeatureRemoved(const std::string& uuid) {
+  removed.push_back(uuid);
+  if (onRemoved) onRemoved(uuid);
 }
 
 void CListenerProbe::OnRangeChanged(const EXTENT& range) { ranges.push_back(range); }

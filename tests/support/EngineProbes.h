@@ -4,6 +4,7 @@
 #define ANNOTATIONLAYER_TEST_ENGINE_PROBES_H
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -58,6 +59,10 @@ class CLogWaiter {
   // Waits until at least `count` lines contain `fragment`; false when `ms` ran out.
   bool WaitForCount(const std::string& fragment, int count, int ms = 20000) const;
   void Clear();
+  // The next line containing `fragment` keeps its logging thread waiting (at most 10 s) until
+  // Release(); every other thread's logging waits with it.
+  void HoldAt(const std::string& fragment);
+  void Release();
 
  private:
   class Sink;
@@ -70,13 +75,14 @@ class CListenerProbe : public IAnnotationSpatialEngineListener {
  public:
   void OnRangeChanged(const EXTENT& range) override;
   void OnReset() override { ++resets; }
-  void OnFeatureRemoved(const std::string& uuid) override { removed.push_back(uuid); }
+  void OnFeatureRemoved(const std::string& uuid) override;
   void OnFeatureChanged(const std::string& uuid) override { changed.push_back(uuid); }
 
   std::vector<EXTENT> ranges;
   int resets = 0;
   std::vector<std::string> removed;
   std::vector<std::string> changed;
+  std::function<void(const std::string&)> onRemoved;  // called after recording, when set
 };
 
 // An extent from its four bounds.
