@@ -1,6 +1,8 @@
 // The host SDK libraries: log sinks, core application, encoder, object creator and event kernel.
 #include <gtest/gtest.h>
 
+#include <QDir>
+
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -67,8 +69,12 @@ TEST(ZuCoreTest, DataDirEndsWithSeparatorAndIsSettable) {
   const std::string saved = app->GetDataDir();
   ASSERT_FALSE(saved.empty());
   EXPECT_EQ('/', saved.back());
-  app->SetDataDir("/tmp/some/dir");
-  EXPECT_EQ("/tmp/some/dir/", app->GetDataDir());
+  // A fresh account: the directory and its parents are made on first use.
+  CTempDir home;
+  const std::string fresh = home.Path() + "local/share/zu";
+  app->SetDataDir(fresh);
+  EXPECT_EQ(fresh + "/", app->GetDataDir());
+  EXPECT_TRUE(QDir(QString::fromStdString(fresh)).exists());
   app->SetDataDir(saved);
 }
 

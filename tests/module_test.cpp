@@ -35,12 +35,14 @@ class ModuleTest : public ::testing::Test {
  protected:
   void SetUp() override {
     savedDataDir_ = CZuCoreApplication::GetInstance()->GetDataDir();
-    CZuCoreApplication::GetInstance()->SetDataDir(dataDir_.Path());
+    // A fresh account: the data directory does not exist yet.
+    CZuCoreApplication::GetInstance()->SetDataDir(DataDir());
   }
   void TearDown() override {
     DestroyAnnotationLayerModule();
     CZuCoreApplication::GetInstance()->SetDataDir(savedDataDir_);
   }
+  std::string DataDir() const { return dataDir_.Path() + "fresh/account/"; }
   CTempDir dataDir_;
   std::string savedDataDir_;
 };
@@ -122,8 +124,8 @@ TEST_F(ModuleTest, SingletonIdentityAndCacheDirectory) {
   EXPECT_EQ("", module->GetModuleName());
   EXPECT_EQ("7C0293CD-FDE3-4ECF-A2AD-81410C7F1A1E", module->GetModuleGUID());
   EXPECT_EQ(-1, module->GetModuleID());
-  EXPECT_EQ(dataDir_.Path() + "layer_cache/", module->GetCacheDir());
-  EXPECT_TRUE(FileExists(dataDir_.Path() + "layer_cache"));
+  EXPECT_EQ(DataDir() + "layer_cache/", module->GetCacheDir());
+  EXPECT_TRUE(FileExists(DataDir() + "layer_cache"));
 }
 
 TEST_F(ModuleTest, StartLogsVersionsAndRegistersTheDataModel) {

@@ -230,6 +230,23 @@ TEST_F(EngineTest, APassAcceptsOneFeatureMoreThanItsLimit) {
   EXPECT_EQ(6, events_.Count(551));
 }
 
+TEST_F(EngineTest, AFeatureReachingBeyondTheViewIsDrawn) {
+  Populate(4, 3);
+  const std::string line = CTreeBuilder(model_.get()).AddFeature(layer_, "crossing", 1);
+  CAnnotationFeature geometry(GEOMETRY_DATA_TYPE_LINESTRING);
+  CGeometryData part;
+  part.PushBack(CVector3D(1.25, 1.25, 0));
+  part.PushBack(CVector3D(40, 1.25, 0));
+  geometry.AddPart(part);
+  ASSERT_TRUE(model_->ModifyGeometryData(line, &geometry));
+  calculator_->Refresh();
+  ASSERT_TRUE(calculator_->WaitForFinished(10000));
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(13));
+  EXPECT_TRUE(scene_->Contains(line));
+}
+
 TEST_F(EngineTest, TheDefaultLimitEndsAPassAfter7001Features) {
   Populate(100, 100);
   ASSERT_TRUE(engine_->Start());

@@ -1,5 +1,6 @@
 #include "ZuCoreApplication.h"
 
+#include <QDir>
 #include <QTextCodec>
 
 #include <atomic>
@@ -62,12 +63,14 @@ CZuCoreApplication* CZuCoreApplication::GetInstance() {
 
 std::string CZuCoreApplication::GetDataDir() const {
   std::lock_guard<std::mutex> guard(mutex_);
+  if (!dataDirMade_) dataDirMade_ = QDir().mkpath(ConvertStdStringToQString(dataDir_));
   return dataDir_;
 }
 
 void CZuCoreApplication::SetDataDir(const std::string& dir) {
   std::lock_guard<std::mutex> guard(mutex_);
   dataDir_ = WithTrailingSlash(dir);
+  dataDirMade_ = false;
 }
 
 std::string CZuCoreApplication::GetCpuID() const { return cpuId_; }

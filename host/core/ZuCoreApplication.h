@@ -18,7 +18,9 @@ class ZU_EXPORT CZuCoreApplication {
   static CZuCoreApplication* GetInstance();
 
   // The per-user data directory, always ending in '/'. Defaults to $XDG_DATA_HOME/zu/ or
-  // ~/.local/share/zu/ (the directory is not created here).
+  // ~/.local/share/zu/. The first call after start-up or SetDataDir makes the directory with its
+  // parents when it does not exist (a fresh account has none), and tries again on later calls
+  // while that fails. The text is in the local code page, as every path the host hands out.
   std::string GetDataDir() const;
   // Replaces the data directory; a missing trailing '/' is added.
   void SetDataDir(const std::string& dir);
@@ -34,6 +36,7 @@ class ZU_EXPORT CZuCoreApplication {
 
   mutable std::mutex mutex_;
   std::string dataDir_;
+  mutable bool dataDirMade_ = false;  // GetDataDir has made sure the directory exists
   std::string cpuId_;
 };
 

@@ -9,6 +9,7 @@
 
 #include "AnnotationLayerExport.h"
 #include "AnnotationLayerTypes.h"
+#include "GeometryData.h"
 
 namespace AnnotationLayerNS {
 
@@ -33,6 +34,10 @@ ANNOTATIONLAYER_EXPORT int MappingQtVariantType(E_FIELD_OFST_TYPE type);
 // treat an identical extent as unchanged before asking. The last step compares the two max_y
 // values with each other rather than against nxt's y interval; the engine relies on that.
 ANNOTATIONLAYER_EXPORT bool IsNeedUpdateRange(const EXTENT& cur, const EXTENT& nxt);
+
+// The extent's four corners, counter-clockwise from (min x, min y), z 0: the ring to hand to the
+// polygon form of the extent walk, which finds every feature whose box meets the extent.
+ANNOTATIONLAYER_EXPORT CGeometryData ExtentRing(const EXTENT& extent);
 
 // The core library's data directory + "layer_cache/". Nothing is created here.
 ANNOTATIONLAYER_EXPORT std::string GetDefaultCacheDir();

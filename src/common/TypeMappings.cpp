@@ -66,4 +66,13 @@ bool IsNeedUpdateRange(const EXTENT& cur, const EXTENT& nxt) {
   return !(cur.max_y == nxt.max_y);
 }
 
+CGeometryData ExtentRing(const EXTENT& extent) {
+  CGeometryData ring;
+  ring.PushBack(CVector3D(extent.min_x, extent.min_y, 0));
+  ring.PushBack(CVector3D(extent.max_x, extent.min_y, 0));
+  ring.PushBack(CVector3D(extent.max_x, extent.max_y, 0));
+  ring.PushBack(CVector3D(extent.min_x, extent.max_y, 0));
+  return ring;
+}
+
 }  // namespace AnnotationLayerNS

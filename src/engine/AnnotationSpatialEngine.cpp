@@ -293,7 +293,9 @@ bool CAnnotationSpatialEngine::RunTraversalStep() {
   // Taken at every pass: the model makes a new calculator each time it is installed again.
   passCalculator_ = dataModel_->GetNodeCacheCalculator();
 
-  dataModel_->TravelViaExtent(this, range, -1);
+  // The polygon form finds every feature whose box meets the view, also those reaching beyond it
+  // (a country with islands outside the view); the rectangle form would keep only boxes inside.
+  dataModel_->TravelViaExtent(this, AnnotationLayerNS::ExtentRing(range), -1);
 
   // The lowest key gets the largest draw value, the last one 1.
   int z = passOrder_.Size();

@@ -3,6 +3,7 @@
 #include <climits>
 #include <vector>
 
+#include "AnnotationLayerNS.h"
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
@@ -61,13 +62,14 @@ int CQueryCommand::Run(CCommandContext& context) {
   if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
 
   // The ring form of the query finds the features meeting the rectangle.
-  CGeometryData ring;
-  ring.PushBack(CVector3D(box[0], box[1], 0));
-  ring.PushBack(CVector3D(box[2], box[1], 0));
-  ring.PushBack(CVector3D(box[2], box[3], 0));
-  ring.PushBack(CVector3D(box[0], box[3], 0));
+  EXTENT extent;
+  extent.min_x = box[0];
+  extent.min_y = box[1];
+  extent.max_x = box[2];
+  extent.max_y = box[3];
   CFeatureCollector collector;
-  if (!session.Model()->TravelViaExtent(&collector, ring, static_cast<int>(limit))) {
+  if (!session.Model()->TravelViaExtent(&collector, AnnotationLayerNS::ExtentRing(extent),
+                                        static_cast<int>(limit))) {
     return context.FailWithCause("the spatial query failed");
   }
   if (context.Json()) {

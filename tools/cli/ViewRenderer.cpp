@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "AnnotationLayerNS.h"
 #include "AnnotationRenderer.h"
 #include "AnnotationScene.h"
 #include "EntityEventCounter.h"
@@ -106,7 +107,8 @@ bool CViewRenderer::ShowExtent(const EXTENT& extent, int timeoutMs, CProgressBar
   }
   const Clock::time_point start = Clock::now();
   CExpectedFeatures expected(model_->GetNodeCacheCalculator(), engine_->GetMaxPerPass());
-  if (!model_->TravelViaExtent(&expected, extent, -1)) {
+  // The same walk as the engine's pass.
+  if (!model_->TravelViaExtent(&expected, AnnotationLayerNS::ExtentRing(extent), -1)) {
     *error = "the extent walk failed";
     return false;
   }
