@@ -30,7 +30,6 @@
 #include "IAnnotationFeature.h"
 #include "Vector3D.h"
 
-
 class ANNOTATIONLAYER_EXPORT CSpatialiteEditorDB : public IAnnotationFeature::IGeometryDataVisitor {
  public:
   // Receives key points of a traversal; returns true to stop it.
