@@ -1,8 +1,13 @@
 // Attribute fields, user data and layer property headers through CSpatialiteDBDataModel.
 #include <gtest/gtest.h>
 
+#include <QByteArrayList>
+
 #include <cmath>
+#include <cstdint>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "AnnotationFeature.h"
 #include "FeatureOption.h"
@@ -69,14 +74,8 @@ TEST(FieldValueTextTest, TypedColumnsRoundTrip) {
   EXPECT_EQ("\xe6\xb3\xa8\xe8\xae\xb0",
             FieldValueToColumn(FIELD_OFST_TYPE_TEXT, QByteArray(Utf8ToLocal("注记").c_str())));
   EXPECT_EQ(QVariant(chinese), FieldValueFromColumn(FIELD_OFST_TYPE_TEXT, "\xe6\xb3\xa8\xe8\xae\xb0"));
-  // Untyped fields keep their Qt type through the variant codec.
-  const QVariant list(QStringList{"a,b", "", "c"});
-  EXPECT_EQ(list, FieldValueFromColumn(FIELD_OFST_TYPE_NONE,
-                                       FieldValueToColumn(FIELD_OFST_TYPE_NONE, list)));
-  const QVariant unsignedValue(4000000000u);
-  EXPECT_EQ(unsignedValue, FieldValueFromColumn(FIELD_OFST_TYPE_NONE,
-                                                FieldValueToColumn(FIELD_OFST_TYPE_NONE,
-                                                                   unsignedValue)));
+  // Untyped text that GBK holds stays readable.
+  EXPECT_EQ("wstring:\xe6\xb3\xa8", FieldValueToColumn(FIELD_OFST_TYPE_NONE, chinese.left(1)));
 }
 
 TEST(FieldValueTextTest, UnreadableTextGivesInvalidValueAndAWarning) {
@@ -84,7 +83,11 @@ TEST(FieldValueTextTest, UnreadableTextGivesInvalidValueAndAWarning) {
   EXPECT_FALSE(FieldValueFromColumn(FIELD_OFST_TYPE_INT, "12abc").isValid());
   EXPECT_FALSE(FieldValueFromColumn(FIELD_OFST_TYPE_NONE, "no_such_type:1").isValid());
   EXPECT_FALSE(FieldValueFromColumn(FIELD_OFST_TYPE_NONE, "garbage").isValid());
-  EXPECT_EQ(3u, capture.Lines().size());
+  EXPECT_FALSE(FieldValueFromColumn(FIELD_OFST_TYPE_NONE, "string=%F").isValid());
+  // A list written by earlier builds through a lossy GBK conversion lost its counts.
+  EXPECT_FALSE(FieldValueFromColumn(FIELD_OFST_TYPE_NONE, "string_list:2:\xef\xbf\xbd,").isValid());
+  EXPECT_EQ(5u, capture.Lines().size());
+  EXPECT_EQ(1, capture.Count("[FieldValueFromColumn] broken escape in string value '%F'"));
 }
 
 TEST_F(FieldsTest, FieldsInsertUpdateRemoveAndKeepTheIndexArray) {
@@ -128,8 +131,21 @@ TEST_F(FieldsTest, UserDataOfLayersAndFeatures) {
   CZuFieldSetObject layerData;
   layerData.SetField("owner", FIELD_OFST_TYPE_TEXT, "", QString("survey"));
   ASSERT_TRUE(model_.ModifyOrInsertUserData(layer_, layerData));
+  // Untyped values keep their Qt type and every byte: text outside GBK (an emoji, a CJK
+  // extension B character), bytes that are not GBK, lists of both, and int64_t (a long here).
+  const QString wide = QString::fromUtf8("\xF0\x9F\x98\x80\xF0\xA0\x80\x80\xE4\xB8\xAD%");
+  const QByteArray bytes("\xff\x80%41\0:", 7);
+  const std::vector<std::pair<QVariant, QVariant>> untyped = {
+      {wide, wide},
+      {bytes, bytes},
+      {QStringList{wide, "x,y"}, QStringList{wide, "x,y"}},
+      {QVariant::fromValue(QByteArrayList{bytes, "z"}), QVariant::fromValue(QByteArrayList{bytes, "z"})},
+      {QVariant(4000000000u), QVariant(4000000000u)},
+      {QVariant::fromValue<int64_t>(-5000000000), QVariant(qlonglong(-5000000000))}};
   CZuFieldSetObject featureData;
-  featureData.SetField("flags", FIELD_OFST_TYPE_NONE, "", QVariant(QStringList{"x", "y"}));
+  for (size_t i = 0; i < untyped.size(); ++i) {
+    featureData.SetField("v" + std::to_string(i), FIELD_OFST_TYPE_NONE, "", untyped[i].first);
+  }
   ASSERT_TRUE(model_.ModifyOrInsertUserData(feature_, featureData));
 
   const CLayerOption layer = model_.QueryLayerOption(layer_);
@@ -139,8 +155,10 @@ TEST_F(FieldsTest, UserDataOfLayersAndFeatures) {
   ASSERT_TRUE(model_.QueryUserData(layer_, read));
   EXPECT_EQ(QVariant(QString("survey")), read.GetFieldValue("owner"));
   ASSERT_TRUE(model_.QueryUserData(feature_, read));
-  EXPECT_EQ(QVariant(QStringList{"x", "y"}), read.GetFieldValue("flags"));
-  EXPECT_EQ(1, read.Count());
+  ASSERT_EQ(static_cast<int>(untyped.size()), read.Count());
+  for (size_t i = 0; i < untyped.size(); ++i) {
+    EXPECT_EQ(untyped[i].second, read.GetFieldValue("v" + std::to_string(i))) << i;
+  }
 
   EXPECT_TRUE(model_.RemoveUserData(layer_, "owner"));
   ASSERT_TRUE(model_.QueryUserData(layer_, read));

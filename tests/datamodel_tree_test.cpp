@@ -204,6 +204,18 @@ TEST_F(TreeTest, DeletingTheMiddleFolderLinksItsNeighbours) {
   EXPECT_FALSE(model_.DeleteFolder(q));  // already gone
 }
 
+TEST_F(TreeTest, DeleteFolderIsDoneAtTheCommitAndRefreshesAfterIt) {
+  const std::string f = tree_.AddFolder(root_, "f");
+  ASSERT_TRUE(Exec("CREATE TRIGGER keep BEFORE DELETE ON folder BEGIN SELECT RAISE(ABORT, 'no'); END"));
+  CZuLogCapture capture;
+  EXPECT_TRUE(model_.DeleteFolder(f));  // the deleter's failure is its own log line
+  EXPECT_EQ(1, capture.Count("[BatchDeleteFolderInner]:"));
+  EXPECT_FALSE(model_.IsInTransaction());
+  ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
+  // The deleter's pass inside the transaction, then the model's own after the commit.
+  EXPECT_EQ(2, capture.Count(Utf8ToLocal("开启一次Node缓存更新")));
+}
+
 TEST_F(TreeTest, MixedChildrenOfALayer) {
   const std::string folder = tree_.AddFolder(root_, "f");
   const std::string parent = tree_.AddLayer(folder, "parent");
@@ -437,6 +449,12 @@ TEST_F(TreeTest, ModifyLayerOptionWritesMarkedGroupsOnly) {
   capture.Clear();
   ASSERT_TRUE(model_.ModifyLayerOption(option));
   EXPECT_EQ(1u, capture.Lines().size());
+  // An extent alone is written by the base statement too.
+  CLayerOption extent = model_.QueryLayerOption(uuid);
+  extent.SetExtent(EXTENT{1, 2, 3, 4});
+  ASSERT_TRUE(model_.ModifyLayerOption(extent));
+  EXPECT_EQ(0, extent.GetChangeMask());
+  EXPECT_EQ(4.0, model_.QueryLayerOption(uuid).GetExtent().max_y);
 }
 
 TEST_F(TreeTest, StatusChangeWithoutIndexKeepsItsBit) {

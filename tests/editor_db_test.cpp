@@ -8,6 +8,7 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -96,15 +97,6 @@ class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor {
   int stopAfter_;
 };
 
-EXTENT Extent(double minX, double minY, double maxX, double maxY) {
-  EXTENT extent;
-  extent.min_x = minX;
-  extent.min_y = minY;
-  extent.max_x = maxX;
-  extent.max_y = maxY;
-  return extent;
-}
-
 class EditorDBTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -124,16 +116,20 @@ class EditorDBTest : public ::testing::Test {
 
 // --- File life cycle ------------------------------------------------------------------------
 
-TEST(EditorDBFileTest, OpenCreatesTableAndCloseDeletesFile) {
+TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   CCacheDirScope cache;
   const std::string path = cache.CacheFile("shape_kpt.db");
+  ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
   CAnnotationFeature feature;
   FillThreeParts(feature);
+  CAnnotationFeature other(GEOMETRY_DATA_TYPE_POINT);
+  other.AddPart(Part({{1, 1, 1}}));
   CSpatialiteEditorDB db;
   EXPECT_FALSE(db.IsOpened());
   ASSERT_TRUE(db.Open("shape", &feature));
   EXPECT_TRUE(db.IsOpened());
-  ASSERT_TRUE(FileExists(path));
+  EXPECT_TRUE(db.Open("second", &other));  // already open: the first file stays
+  EXPECT_FALSE(FileExists(cache.CacheFile("second_kpt.db")));
 
   sqlite3* raw = nullptr;
   ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr));
@@ -147,15 +143,13 @@ TEST(EditorDBFileTest, OpenCreatesTableAndCloseDeletesFile) {
         << sql;
     EXPECT_EQ(sql.size() - 19, sql.find("PRIMARY KEY ('id'))")) << sql;
     CSqlStatement column(raw,
-                         "SELECT geometry_type, srid FROM geometry_columns WHERE "
-                         "f_table_name = 'keypoint' AND f_geometry_column = 'geom'",
+                         "SELECT geometry_type, srid, (SELECT COUNT(*) FROM idx_keypoint_geom) "
+                         "FROM geometry_columns WHERE f_table_name = 'keypoint'",
                          "[t]:");
     ASSERT_TRUE(column.StepRow());
     EXPECT_EQ(1001, column.ColumnInt(0));
     EXPECT_EQ(4326, column.ColumnInt(1));
-    CSqlStatement index(raw, "SELECT COUNT(*) FROM idx_keypoint_geom", "[t]:");
-    ASSERT_TRUE(index.StepRow());
-    EXPECT_EQ(9, index.ColumnInt(0));
+    EXPECT_EQ(9, column.ColumnInt(2));
   }
   sqlite3_close(raw);
 
@@ -165,63 +159,68 @@ TEST(EditorDBFileTest, OpenCreatesTableAndCloseDeletesFile) {
   EXPECT_TRUE(db.Close());  // nothing open any more
 }
 
-TEST(EditorDBFileTest, OpenReplacesAnOldFileAndKeepsTheFirstWhenOpenedTwice) {
-  CCacheDirScope cache;
-  const std::string path = cache.CacheFile("old_kpt.db");
-  ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
-  CAnnotationFeature other(GEOMETRY_DATA_TYPE_POINT);
-  other.AddPart(Part({{1, 1, 1}}));
-
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("old", &feature));
-  EXPECT_EQ(9u, ReadRows(path).size());
-  EXPECT_TRUE(db.Open("second", &other));
-  EXPECT_FALSE(FileExists(cache.CacheFile("second_kpt.db")));
-  EXPECT_EQ(9u, ReadRows(path).size());
-  db.Close();
-  EXPECT_FALSE(FileExists(path));
-}
-
 TEST(EditorDBFileTest, DestroyingWithoutCloseLeavesTheFileForTheNextOpen) {
   CCacheDirScope cache;
-  const std::string path = cache.CacheFile("left_kpt.db");
+  // A name in the local code page lands on disk as UTF-8.
+  const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
+  const std::string path = cache.CacheFile(utf8Name + "_kpt.db");
   CAnnotationFeature feature;
   FillThreeParts(feature);
   {
     CSpatialiteEditorDB db;
-    ASSERT_TRUE(db.Open("left", &feature));
+    ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &feature));
   }
-  ASSERT_TRUE(FileExists(path));
   EXPECT_EQ(9u, ReadRows(path).size());
 
   CAnnotationFeature single(GEOMETRY_DATA_TYPE_POINT);
   single.AddPart(Part({{7, 7, 7}}));
   CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("left", &single));
+  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &single));
   const std::vector<KeyPointRow> rows = ReadRows(path);
   ASSERT_EQ(1u, rows.size());
   EXPECT_EQ(1, rows[0].id);
   EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
   db.Close();
+  EXPECT_FALSE(FileExists(path));
 }
 
-TEST(EditorDBFileTest, NonAsciiNameInTheLocalCodePage) {
+TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   CCacheDirScope cache;
-  const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
   CAnnotationFeature feature;
   FillThreeParts(feature);
   CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &feature));
-  const std::string onDisk = cache.CacheFile(utf8Name + "_kpt.db");
-  EXPECT_TRUE(FileExists(onDisk));
-  EXPECT_EQ(9u, ReadRows(onDisk).size());
-  db.Close();
-  EXPECT_FALSE(FileExists(onDisk));
+  ASSERT_TRUE(db.Open("shared", &feature));
+  auto copy = std::make_unique<CSpatialiteEditorDB>(db);
+  CSpatialiteEditorDB assigned;
+  assigned = *copy;
+  assigned = assigned;
+  ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
+  CVector3D out;
+  EXPECT_EQ(10, db.QueryPickedKeyPoint(out, CVector3D(60, 40, 0), 0.5));
+  copy.reset();  // the others keep the connection and its cached statements
+  EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
+  ASSERT_TRUE(db.Close());  // closes it for every handle
+  EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
+  // Everything on a closed database fails without a log line.
+  CZuLogCapture capture;
+  CCollectingVisitor visitor;
+  out = CVector3D(1, 2, 3);
+  EXPECT_FALSE(assigned.IsOpened());
+  EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
+  EXPECT_FALSE(assigned.RemoveKeyPoint(1));
+  EXPECT_FALSE(assigned.ReviseKeyPoint(1, CVector3D()));
+  assigned.TravelViaExtent(EXTENT{-100, -100, 100, 100}, 0, visitor);
+  EXPECT_EQ(-1, assigned.QueryPickedKeyPoint(out, CVector3D(), 100));
+  EXPECT_EQ(-1, assigned.QueryClosestKeyPoint(out, EXTENT{-100, -100, 100, 100}, CVector3D()));
+  EXPECT_FALSE(assigned.QuerySiblingKeyPoint(out, 1, true));
+  EXPECT_FALSE(assigned.CombineToData(&feature));
+  EXPECT_TRUE(visitor.ids.empty());
+  EXPECT_EQ(CVector3D(1, 2, 3), out);
+  EXPECT_EQ(3, feature.GetPartCount());
+  EXPECT_TRUE(capture.Lines().empty());
 }
 
-TEST(EditorDBFileTest, RefusedNamesTouchNoFile) {
+TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   CCacheDirScope cache;
   // Files where a careless path would land: beside the cache directory and at its root.
   const std::string outside = cache.DataDir() + "x_kpt.db";
@@ -238,7 +237,6 @@ TEST(EditorDBFileTest, RefusedNamesTouchNoFile) {
     EXPECT_FALSE(db.IsOpened());
     EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:")) << name;
     EXPECT_EQ(1u, capture.Lines().size()) << name;
-    EXPECT_TRUE(db.Close());
   }
   EXPECT_EQ("keep", ReadFileBytes(outside));
   EXPECT_FALSE(FileExists(absolute + "_kpt.db"));
@@ -249,16 +247,16 @@ TEST(EditorDBFileTest, RefusedNamesTouchNoFile) {
   ASSERT_TRUE(dots.Open("..", &feature));
   EXPECT_TRUE(FileExists(cache.CacheFile(".._kpt.db")));
   dots.Close();
-  EXPECT_FALSE(FileExists(cache.CacheFile(".._kpt.db")));
-}
 
-TEST(EditorDBFileTest, MissingCacheDirectoryFailsCleanly) {
-  CCacheDirScope cache;
-  std::filesystem::remove(cache.CacheDir());
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
+  // A directory in the way stays; a missing cache directory is not made.
+  const std::string dir = cache.CacheFile("dir_kpt.db");
+  ASSERT_TRUE(std::filesystem::create_directory(dir));
   CZuLogCapture capture;
   CSpatialiteEditorDB db;
+  EXPECT_FALSE(db.Open("dir", &feature));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:"));
+  EXPECT_TRUE(std::filesystem::is_directory(dir));
+  std::filesystem::remove_all(cache.CacheDir());
   EXPECT_FALSE(db.Open("nowhere", &feature));
   EXPECT_FALSE(db.IsOpened());
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
@@ -266,77 +264,9 @@ TEST(EditorDBFileTest, MissingCacheDirectoryFailsCleanly) {
   EXPECT_TRUE(db.Close());
 }
 
-TEST(EditorDBFileTest, DirectoryInTheWayIsNotRemoved) {
-  CCacheDirScope cache;
-  const std::string path = cache.CacheFile("dir_kpt.db");
-  ASSERT_TRUE(std::filesystem::create_directory(path));
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
-  CZuLogCapture capture;
-  CSpatialiteEditorDB db;
-  EXPECT_FALSE(db.Open("dir", &feature));
-  EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:"));
-  EXPECT_TRUE(std::filesystem::is_directory(path));
-}
-
-TEST(EditorDBFileTest, FeatureWithoutGeometryOpensAnEmptyDatabase) {
-  CCacheDirScope cache;
-  const std::string path = cache.CacheFile("empty_kpt.db");
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("empty", &feature));
-  EXPECT_TRUE(ReadRows(path).empty());
-  CVector3D out;
-  EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), 100));
-  EXPECT_TRUE(db.CombineToData(&feature));
-  EXPECT_EQ(0, feature.GetPartCount());
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, feature.GetGeometryType());
-  db.Close();
-
-  CSpatialiteEditorDB none;
-  ASSERT_TRUE(none.Open("null", nullptr));
-  EXPECT_TRUE(ReadRows(cache.CacheFile("null_kpt.db")).empty());
-  none.Close();
-}
-
-TEST(EditorDBFileTest, ClosedDatabaseFailsSilently) {
-  CCacheDirScope cache;
-  CZuLogCapture capture;
-  CSpatialiteEditorDB db;
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
-  CVector3D out(1, 2, 3);
-  CCollectingVisitor visitor;
-  EXPECT_EQ(-1, db.InsertKeyPoint(1, CVector3D()));
-  EXPECT_FALSE(db.RemoveKeyPoint(1));
-  EXPECT_FALSE(db.ReviseKeyPoint(1, CVector3D()));
-  db.TravelViaExtent(Extent(-100, -100, 100, 100), 0, visitor);
-  EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(), 100));
-  EXPECT_EQ(-1, db.QueryClosestKeyPoint(out, Extent(-100, -100, 100, 100), CVector3D()));
-  EXPECT_FALSE(db.QuerySiblingKeyPoint(out, 1, true));
-  EXPECT_FALSE(db.CombineToData(&feature));
-  EXPECT_TRUE(visitor.ids.empty());
-  EXPECT_EQ(CVector3D(1, 2, 3), out);
-  EXPECT_EQ(3, feature.GetPartCount());
-  EXPECT_TRUE(capture.Lines().empty());
-}
-
 // --- Building and editing ----------------------------------------------------------------------
 
-TEST_F(EditorDBTest, BuildsOneRowPerVertexWithPartAndPosition) {
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  ASSERT_EQ(9u, rows.size());
-  const int parts[] = {0, 0, 0, 0, 1, 1, 1, 2, 2};
-  const int indices[] = {0, 1, 2, 3, 0, 1, 2, 0, 1};
-  for (size_t i = 0; i < rows.size(); ++i) {
-    EXPECT_EQ(static_cast<int>(i) + 1, rows[i].id);
-    EXPECT_EQ(parts[i], rows[i].part);
-    EXPECT_EQ(indices[i], rows[i].index);
-    EXPECT_EQ(feature_.GetPart(parts[i]).At(indices[i]), rows[i].point);
-  }
-}
-
-TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumber) {
+TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumberUntilWrittenBack) {
   CCacheDirScope cache;
   CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTILINESTRING);
   feature.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
@@ -348,111 +278,67 @@ TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumber) {
   ASSERT_EQ(3u, rows.size());
   EXPECT_EQ(2, rows[2].part);
   EXPECT_EQ(0, rows[2].index);
-  // Written back, the empty part is gone.
   ASSERT_TRUE(db.CombineToData(&feature));
   ASSERT_EQ(2, feature.GetPartCount());
   EXPECT_EQ(Part({{3, 3, 0}}), feature.GetPart(1));
   db.Close();
+
+  // A feature without geometry, or none at all, opens an empty database.
+  CAnnotationFeature empty(GEOMETRY_DATA_TYPE_POLYGON);
+  for (IAnnotationFeature* source : {static_cast<IAnnotationFeature*>(&empty),
+                                     static_cast<IAnnotationFeature*>(nullptr)}) {
+    ASSERT_TRUE(db.Open("empty", source));
+    EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
+    CVector3D out;
+    EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), 100));
+    EXPECT_TRUE(db.CombineToData(&empty));
+    EXPECT_EQ(0, empty.GetPartCount());
+    EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, empty.GetGeometryType());
+    db.Close();
+  }
 }
 
-TEST_F(EditorDBTest, InsertAfterTheLastPointAppends) {
-  const int id = db_.InsertKeyPoint(9, CVector3D(60, 40, 3));
-  EXPECT_EQ(10, id);
+TEST_F(EditorDBTest, InsertShiftsTheLaterPointsOfThePartOnly) {
+  ASSERT_EQ(10, db_.InsertKeyPoint(1, CVector3D(5, 0, 1)));
+  EXPECT_EQ(11, db_.InsertKeyPoint(9, CVector3D(60, 40, 3)));  // after the last point
   const std::vector<KeyPointRow> rows = ReadRows(Path());
-  const KeyPointRow* row = FindRow(rows, id);
-  ASSERT_NE(nullptr, row);
-  EXPECT_EQ(2, row->part);
-  EXPECT_EQ(FindRow(rows, 9)->index + 1, row->index);
-  EXPECT_EQ(CVector3D(60, 40, 3), row->point);
-  EXPECT_EQ(1, FindRow(rows, 9)->index);  // the old last point stays
-}
+  // Id and expected position: part 0 moved up behind the new point, the others stayed.
+  const std::pair<int, int> positions[] = {{1, 0}, {10, 1}, {2, 2}, {3, 3}, {4, 4},
+                                           {5, 0}, {7, 2},  {9, 1}, {11, 2}};
+  for (const auto& [id, index] : positions) EXPECT_EQ(index, FindRow(rows, id)->index) << id;
+  EXPECT_EQ(2, FindRow(rows, 11)->part);
+  EXPECT_EQ(CVector3D(60, 40, 3), FindRow(rows, 11)->point);
 
-TEST_F(EditorDBTest, InsertAfterTheFirstPointShiftsTheLaterOnes) {
-  const int id = db_.InsertKeyPoint(1, CVector3D(5, 0, 1));
-  ASSERT_EQ(10, id);
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  EXPECT_EQ(0, FindRow(rows, 1)->index);
-  EXPECT_EQ(1, FindRow(rows, 10)->index);
-  EXPECT_EQ(2, FindRow(rows, 2)->index);
-  EXPECT_EQ(3, FindRow(rows, 3)->index);
-  EXPECT_EQ(4, FindRow(rows, 4)->index);
-  // Other parts are untouched.
-  EXPECT_EQ(0, FindRow(rows, 5)->index);
-  EXPECT_EQ(2, FindRow(rows, 7)->index);
-  EXPECT_EQ(1, FindRow(rows, 9)->index);
-}
-
-TEST_F(EditorDBTest, InsertRefusesUnknownAndNegativeIds) {
   CZuLogCapture capture;
   EXPECT_EQ(-1, db_.InsertKeyPoint(-1, CVector3D()));
   EXPECT_TRUE(capture.Lines().empty());
   EXPECT_EQ(-1, db_.InsertKeyPoint(99, CVector3D()));
   EXPECT_EQ(1, capture.Count("[InsertKeyPoint_Query]:"));
-  EXPECT_EQ(9u, ReadRows(Path()).size());
-}
-
-TEST_F(EditorDBTest, RemoveLeavesAGapAndSiblingsStepOverIt) {
-  EXPECT_TRUE(db_.RemoveKeyPoint(6));
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  EXPECT_EQ(nullptr, FindRow(rows, 6));
-  EXPECT_EQ(2, FindRow(rows, 7)->index);  // not renumbered
-  CVector3D out;
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));
-  EXPECT_EQ(CVector3D(30, 30, 2), out);
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 7, false));
-  EXPECT_EQ(CVector3D(20, 20, 2), out);
-
-  EXPECT_FALSE(db_.RemoveKeyPoint(-3));
-  EXPECT_TRUE(db_.RemoveKeyPoint(6));  // nothing left to delete, the statement still succeeds
-  EXPECT_EQ(8u, ReadRows(Path()).size());
-}
-
-TEST_F(EditorDBTest, ReviseMovesThePointUnderANewId) {
-  ASSERT_TRUE(db_.ReviseKeyPoint(5, CVector3D(21, 22, 23)));
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  EXPECT_EQ(nullptr, FindRow(rows, 5));
-  const KeyPointRow* moved = FindRow(rows, 10);
-  ASSERT_NE(nullptr, moved);
-  EXPECT_EQ(1, moved->part);
-  EXPECT_EQ(0, moved->index);
-  EXPECT_EQ(CVector3D(21, 22, 23), moved->point);
-  CVector3D out;
-  EXPECT_EQ(10, db_.QueryPickedKeyPoint(out, CVector3D(21, 22, 0), 0.5));
-  EXPECT_EQ(CVector3D(21, 22, 23), out);
-  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(20, 20, 0), 0.5));
-
-  CZuLogCapture capture;
-  EXPECT_FALSE(db_.ReviseKeyPoint(5, CVector3D()));
-  EXPECT_EQ(1, capture.Count("[ReviseKeyPoint_Query]:"));
-  EXPECT_FALSE(db_.ReviseKeyPoint(-5, CVector3D()));
-  EXPECT_EQ(1u, capture.Lines().size());
-  EXPECT_EQ(9u, ReadRows(Path()).size());
+  EXPECT_EQ(11u, ReadRows(Path()).size());
 }
 
 // --- Queries ----------------------------------------------------------------------------------
 
 TEST_F(EditorDBTest, TravelViaExtentVisitsStrictlyInsideAndHonoursLimitAndStop) {
   CCollectingVisitor all;
-  db_.TravelViaExtent(Extent(-1, -1, 11, 11), 0, all);
+  db_.TravelViaExtent(EXTENT{-1, -1, 11, 11}, 0, all);
   EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), all.ids);
   EXPECT_EQ(CVector3D(10, 10, 1), all.points[2]);
-
-  CCollectingVisitor negative;
-  db_.TravelViaExtent(Extent(-100, -100, 100, 100), -1, negative);
-  EXPECT_EQ(9u, negative.ids.size());
-
-  CCollectingVisitor limited;
-  db_.TravelViaExtent(Extent(-100, -100, 100, 100), 3, limited);
-  EXPECT_EQ(3u, limited.ids.size());
-
-  CCollectingVisitor stopping(2);
-  db_.TravelViaExtent(Extent(-100, -100, 100, 100), 0, stopping);
-  EXPECT_EQ(2u, stopping.ids.size());
-
-  // The part's corners lie on this extent's edges: none is strictly inside.
-  CCollectingVisitor edges;
-  db_.TravelViaExtent(Extent(0, 0, 10, 10), 0, edges);
-  EXPECT_TRUE(edges.ids.empty());
+  // Limit (none when negative) and stop, and corners exactly on the extent's edges.
+  const struct {
+    EXTENT extent;
+    int limit;
+    int stopAfter;
+    size_t visited;
+  } cases[] = {{{-100, -100, 100, 100}, -1, 0, 9},
+               {{-100, -100, 100, 100}, 3, 0, 3},
+               {{-100, -100, 100, 100}, 0, 2, 2},
+               {{0, 0, 10, 10}, 0, 0, 0}};
+  for (const auto& c : cases) {
+    CCollectingVisitor visitor(c.stopAfter);
+    db_.TravelViaExtent(c.extent, c.limit, visitor);
+    EXPECT_EQ(c.visited, visitor.ids.size()) << c.limit << " " << c.stopAfter;
+  }
 }
 
 TEST_F(EditorDBTest, PickUsesAStrictSquareAndTheLastRowWins) {
@@ -474,42 +360,25 @@ TEST_F(EditorDBTest, PickUsesAStrictSquareAndTheLastRowWins) {
 
 TEST_F(EditorDBTest, ClosestPointByIndexCornerInsideTheExtent) {
   CVector3D out;
-  EXPECT_EQ(2, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11), CVector3D(9, 1, 0)));
+  EXPECT_EQ(2, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11}, CVector3D(9, 1, 0)));
   EXPECT_EQ(CVector3D(10, 0, 1), out);
-  EXPECT_EQ(4, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11), CVector3D(-50, 50, 0)));
+  EXPECT_EQ(4, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11}, CVector3D(-50, 50, 0)));
   EXPECT_EQ(CVector3D(0, 10, 1), out);
   // Outside the extent nothing counts, however close.
-  EXPECT_EQ(7, db_.QueryClosestKeyPoint(out, Extent(25, 25, 100, 100), CVector3D(0, 0, 0)));
-  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, Extent(0, 0, 10, 10), CVector3D(5, 5, 0)));
-}
-
-TEST_F(EditorDBTest, SiblingsStayInTheirPartWithoutWrapAround) {
-  CVector3D out(-1, -1, -1);
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 1, true));
-  EXPECT_EQ(CVector3D(10, 0, 1), out);
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 3, false));
-  EXPECT_EQ(CVector3D(10, 0, 1), out);
-  out = CVector3D(-1, -1, -1);
-  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 4, true));   // last of part 0, part 1 follows
-  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 5, false));  // first of part 1
-  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 9, true));
-  EXPECT_EQ(CVector3D(-1, -1, -1), out);
-
-  CZuLogCapture capture;
-  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 42, true));
-  EXPECT_EQ(1, capture.Count("[QuerySiblingKeyPoint_Query]:"));
+  EXPECT_EQ(7, db_.QueryClosestKeyPoint(out, EXTENT{25, 25, 100, 100}, CVector3D(0, 0, 0)));
+  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, EXTENT{0, 0, 10, 10}, CVector3D(5, 5, 0)));
 }
 
 TEST_F(EditorDBTest, BadNumbersFailWithTheirTags) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   CZuLogCapture capture;
   CCollectingVisitor visitor;
-  db_.TravelViaExtent(Extent(nan, 0, 10, 10), 0, visitor);
+  db_.TravelViaExtent(EXTENT{nan, 0, 10, 10}, 0, visitor);
   EXPECT_TRUE(visitor.ids.empty());
   EXPECT_EQ(1, capture.Count("[EditorDB::TravelViaExtent]:"));
   CVector3D out;
   EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), nan));
-  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, Extent(-1, -1, 11, 11),
+  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11},
                                          CVector3D(std::numeric_limits<double>::infinity(), 0, 0)));
   EXPECT_EQ(2, capture.Count("[QueryPickedKeyPoint_intersected]:"));
   EXPECT_EQ(3u, capture.Lines().size());
@@ -537,27 +406,23 @@ TEST_F(EditorDBTest, LostTableFailsEveryOperationWithItsTag) {
 
 // --- Writing back -----------------------------------------------------------------------------
 
-TEST_F(EditorDBTest, CombineDropsEmptiedPartsAndClosesUpTheNumbering) {
-  ASSERT_TRUE(db_.RemoveKeyPoint(5));
-  ASSERT_TRUE(db_.RemoveKeyPoint(6));
-  ASSERT_TRUE(db_.RemoveKeyPoint(7));
-  CAnnotationFeature target(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
-  target.AddPart(Part({{99, 99, 99}}));
-  ASSERT_TRUE(db_.CombineToData(&target));
-  ASSERT_EQ(2, target.GetPartCount());
-  EXPECT_EQ(feature_.GetPart(0), target.GetPart(0));
-  EXPECT_EQ(feature_.GetPart(2), target.GetPart(1));
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, target.GetGeometryType());
-  EXPECT_FALSE(db_.CombineToData(nullptr));
-}
-
 TEST_F(EditorDBTest, FullEditingSession) {
   // Insert a vertex on the first edge, drop the middle vertex of part 1, move the first vertex of
   // part 2, then find and step through the result.
   const int inserted = db_.InsertKeyPoint(1, CVector3D(5, 0, 1));
   ASSERT_EQ(10, inserted);
   ASSERT_TRUE(db_.RemoveKeyPoint(6));
+  EXPECT_TRUE(db_.RemoveKeyPoint(6));  // nothing left to delete, the statement still succeeds
+  EXPECT_FALSE(db_.RemoveKeyPoint(-3));
   ASSERT_TRUE(db_.ReviseKeyPoint(8, CVector3D(45, 45, 3)));
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.ReviseKeyPoint(8, CVector3D()));  // moved under a new id
+  EXPECT_EQ(1, capture.Count("[ReviseKeyPoint_Query]:"));
+  EXPECT_FALSE(db_.ReviseKeyPoint(-5, CVector3D()));
+  EXPECT_EQ(1u, capture.Lines().size());
+  const std::vector<KeyPointRow> rows = ReadRows(Path());
+  EXPECT_EQ(2, FindRow(rows, 7)->index);  // removal renumbers nothing
+  EXPECT_EQ(0, FindRow(rows, 11)->index);
 
   CVector3D out;
   const int moved = db_.QueryPickedKeyPoint(out, CVector3D(45, 45, 0), 0.5);
@@ -565,12 +430,13 @@ TEST_F(EditorDBTest, FullEditingSession) {
   EXPECT_EQ(CVector3D(45, 45, 3), out);
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, moved, true));
   EXPECT_EQ(CVector3D(50, 40, 3), out);
-  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, moved, false));
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, moved, false));  // no wrap-around, within a part
+  EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 4, true));       // last of part 0, part 1 follows
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, true));
   EXPECT_EQ(CVector3D(10, 0, 1), out);
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, false));
   EXPECT_EQ(CVector3D(0, 0, 1), out);
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));
+  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));  // over the gap
   EXPECT_EQ(CVector3D(30, 30, 2), out);
 
   ASSERT_TRUE(db_.CombineToData(&feature_));
@@ -580,16 +446,15 @@ TEST_F(EditorDBTest, FullEditingSession) {
   EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}}), feature_.GetPart(2));
   EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, feature_.GetGeometryType());
 
-  // Combining again gives the same parts; the database is unchanged by it.
-  CAnnotationFeature again(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
-  ASSERT_TRUE(db_.CombineToData(&again));
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(feature_.GetPart(i), again.GetPart(i));
-
-  EXPECT_TRUE(db_.Close());
-  EXPECT_FALSE(FileExists(Path()));
-  // The edited feature opens as it now is.
-  CSpatialiteEditorDB reopened;
-  ASSERT_TRUE(reopened.Open("edit", &feature_));
-  EXPECT_EQ(9u, ReadRows(Path()).size());
-  reopened.Close();
+  // A part left without points disappears and the later parts close up; the target's own parts
+  // are replaced.
+  ASSERT_TRUE(db_.RemoveKeyPoint(5));
+  ASSERT_TRUE(db_.RemoveKeyPoint(7));
+  CAnnotationFeature target(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  target.AddPart(Part({{99, 99, 99}}));
+  ASSERT_TRUE(db_.CombineToData(&target));
+  ASSERT_EQ(2, target.GetPartCount());
+  EXPECT_EQ(feature_.GetPart(0), target.GetPart(0));
+  EXPECT_EQ(feature_.GetPart(2), target.GetPart(1));
+  EXPECT_FALSE(db_.CombineToData(nullptr));
 }

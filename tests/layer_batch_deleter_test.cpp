@@ -3,6 +3,10 @@
 
 #include <sqlite3.h>
 
+#include <memory>
+#include <utility>
+#include <vector>
+
 #include "AnnotationDBObjectNotifier.h"
 #include "LayerBatchDeleter.h"
 #include "NodeCacheCalculator.h"
@@ -65,30 +69,36 @@ class DeleterTest : public ::testing::Test {
     CSqlStatement stmt(model_.GetConnection(), sql, "");
     return stmt.StepRow() ? stmt.ColumnInt(0) : -1;
   }
-  // `n` features with a status, a property and a style row each, written straight in SQL.
+  // `n` features with a status, a property, a user data, an enclosure and a style row each,
+  // written straight in SQL.
   void AddFeatures(const std::string& layer, int n) {
     sqlite3* db = model_.GetConnection();
     ASSERT_TRUE(ExecSql(db, "BEGIN", ""));
-    CSqlStatement status(db, "INSERT INTO shape_status(puuid, type, value) VALUES(?, 1, 1)", "");
-    CSqlStatement property(db, "INSERT INTO shape_property(puuid, field_name) VALUES(?, 'n')", "");
-    CSqlStatement style(db, "INSERT INTO shape_style(puuid, content) VALUES(?, '{}')", "");
+    // Each satellite row, and the tag under which its id enters the feature's index array.
+    const std::pair<const char*, const char*> satellites[] = {
+        {"s", "INSERT INTO shape_status(puuid, type, value) VALUES(?, 1, 1)"},
+        {"p", "INSERT INTO shape_property(puuid, field_name) VALUES(?, 'n')"},
+        {"u", "INSERT INTO shape_userdata(puuid, key) VALUES(?, 'k')"},
+        {"e", "INSERT INTO shape_enclosure(puuid, url) VALUES(?, 'u')"},
+        {nullptr, "INSERT INTO shape_style(puuid, content) VALUES(?, '{}')"}};
+    std::vector<std::unique_ptr<CSqlStatement>> rows;
+    for (const auto& satellite : satellites) {
+      rows.push_back(std::make_unique<CSqlStatement>(db, satellite.second, ""));
+    }
     CSqlStatement shape(db, "INSERT INTO shape(uuid, puuid, index_id) VALUES(?, ?, ?)", "");
     for (int i = 0; i < n; ++i) {
       const std::string uuid = layer + "-" + std::to_string(i);
-      status.BindText(1, uuid, false);
-      status.StepDone();
-      status.Reset();
-      const std::string s = std::to_string(sqlite3_last_insert_rowid(db));
-      property.BindText(1, uuid, false);
-      property.StepDone();
-      property.Reset();
-      const std::string p = std::to_string(sqlite3_last_insert_rowid(db));
-      style.BindText(1, uuid, false);
-      style.StepDone();
-      style.Reset();
+      std::string index;
+      for (size_t k = 0; k < rows.size(); ++k) {
+        rows[k]->BindText(1, uuid, false);
+        rows[k]->StepDone();
+        rows[k]->Reset();
+        if (satellites[k].first == nullptr) continue;
+        index += satellites[k].first + (":" + std::to_string(sqlite3_last_insert_rowid(db)) + ";");
+      }
       shape.BindText(1, uuid, false);
       shape.BindText(2, layer, false);
-      shape.BindText(3, "s:" + s + ";p:" + p, false);
+      shape.BindText(3, index, false);
       shape.StepDone();
       shape.Reset();
     }
@@ -119,7 +129,8 @@ TEST_F(DeleterTest, ThirteenThousandFeaturesGoInThreeBatches) {
   const std::vector<std::string> expected = {"features big 6000/13000", "features big 12000/13000",
                                              "features big 13000/13000", "layer big"};
   EXPECT_EQ(expected, progress.events);
-  for (const char* table : {"shape", "shape_status", "shape_property", "shape_style"}) {
+  for (const char* table : {"shape", "shape_status", "shape_property", "shape_userdata",
+                            "shape_enclosure", "shape_style"}) {
     EXPECT_EQ(0, Count(std::string("SELECT COUNT(*) FROM ") + table)) << table;
   }
   EXPECT_EQ(0, Count("SELECT COUNT(*) FROM layer"));

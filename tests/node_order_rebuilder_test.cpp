@@ -150,3 +150,29 @@ TEST_F(RebuilderTest, UnknownNodesCommitAnEmptyTransaction) {
   EXPECT_EQ(1, capture.Count("[CFeatureBatchImporter] " + Utf8ToLocal("DBDataModel未建立")));
   EXPECT_FALSE(unusable.RebuildNodeOrderNum(root_, true, nullptr));
 }
+
+TEST_F(RebuilderTest, FilesWithoutTheParentAliasColumnsAreRenumberedToo) {
+  // Files made by other programs have folder_puuid and layer_puuid but not their generated copies.
+  for (const char* column : {"folder_uuid", "layer_uuid"}) {
+    ASSERT_TRUE(ExecSql(model_.GetConnection(),
+                        std::string("ALTER TABLE layer DROP COLUMN ") + column, ""));
+  }
+  const std::string folder = tree_.AddFolder(root_, "f");
+  const std::string a = tree_.AddLayer(folder, "a");
+  const std::string b = tree_.AddLayer(folder, "b");
+  const std::string x = tree_.AddChildLayer(a, "x");
+  const std::string y = tree_.AddChildLayer(a, "y");
+  SetOrder("layer_order", a, 7);
+  SetOrder("layer_order", b, -1);
+  SetOrder("layer_order", x, 4);
+  SetOrder("layer_order", y, -1);
+  CNodeOrderRebuilder rebuilder(&model_);
+  CZuLogCapture capture;
+  ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(folder, false, nullptr));
+  ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(a, false, nullptr));
+  EXPECT_EQ(0, capture.Count("no such column"));
+  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_LAYER, a));
+  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_LAYER, b));
+  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_LAYER, x));
+  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_LAYER, y));
+}

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "VariantTextCodec.h"
@@ -72,6 +73,17 @@ TEST(VariantTextCodecTest, IntegersRoundTripAtTheirLimits) {
   ExpectIntegerRoundTrip<unsigned int>("unsigned_int");
   ExpectIntegerRoundTrip<qlonglong>("int64");
   ExpectIntegerRoundTrip<qulonglong>("uint64");
+  // int64_t and uint64_t are long and unsigned long here: Qt types of their own, written under the
+  // names of the types they come back as. So is signed char.
+  const std::pair<QVariant, QVariant> aliases[] = {
+      {QVariant::fromValue<int64_t>(INT64_MIN), QVariant::fromValue<qlonglong>(INT64_MIN)},
+      {QVariant::fromValue<uint64_t>(UINT64_MAX), QVariant::fromValue<qulonglong>(UINT64_MAX)},
+      {QVariant::fromValue<signed char>(-128), QVariant::fromValue<char>(-128)}};
+  for (const auto& [value, expected] : aliases) {
+    const QVariant back = RoundTrip(value);
+    EXPECT_EQ(expected.userType(), back.userType()) << value.typeName();
+    EXPECT_EQ(expected, back) << value.typeName();
+  }
 }
 
 TEST(VariantTextCodecTest, TextsOfSimpleValues) {

@@ -30,15 +30,39 @@ std::string IndexBoxInside(double xmin, double ymin, double xmax, double ymax) {
 
 CSpatialiteEditorDB::IKeyPointVisitor::~IKeyPointVisitor() = default;
 
-CSpatialiteEditorDB::CSpatialiteEditorDB()
-    : db_(nullptr),
-      insertStatement_(std::make_unique<CSqlStatement>()),
-      updateStatement_(std::make_unique<CSqlStatement>()) {}
+// The database that a handle and all its copies share. The last handle to go releases the
+// connection (leaving the file, as a destroyed handle always did).
+struct CSpatialiteEditorDB::Connection {
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  ~Connection() { Release(); }
+  // Drops the connection and the cached statements, leaving the file where it is.
+  void Release() {
+    insertStatement.Finalize();
+    updateStatement.Finalize();
+    if (handler) handler->Close();
+    handler.reset();
+    db = nullptr;
+  }
 
-CSpatialiteEditorDB::~CSpatialiteEditorDB() { ReleaseConnection(); }
+  std::string path;
+  std::unique_ptr<CSpatialiteHandler> handler;  // exists only while open
+  sqlite3* db = nullptr;                        // the handler's connection, cached
+  CSqlStatement insertStatement;
+  CSqlStatement updateStatement;
+};
+
+CSpatialiteEditorDB::CSpatialiteEditorDB() : connection_(std::make_shared<Connection>()) {}
+
+CSpatialiteEditorDB::CSpatialiteEditorDB(const CSpatialiteEditorDB& other) = default;
+
+CSpatialiteEditorDB& CSpatialiteEditorDB::operator=(const CSpatialiteEditorDB& other) = default;
+
+CSpatialiteEditorDB::~CSpatialiteEditorDB() = default;
 
 bool CSpatialiteEditorDB::Open(const std::string& name, IAnnotationFeature* feature) {
-  if (handler_) return true;
+  if (connection_->handler) return true;
   if (!AnnotationLayerInner::IsPlainCacheName(name)) {
     ZuLogError(-1) << "[CSpatialiteEditorDB::Open]:" << "refused name '" << name
                    << "': not a plain file name";
@@ -49,39 +73,32 @@ bool CSpatialiteEditorDB::Open(const std::string& name, IAnnotationFeature* feat
     ZuLogError(-1) << "[CSpatialiteEditorDB::Open]:" << "cannot remove the old file " << path;
     return false;
   }
-  handler_ = std::make_unique<CSpatialiteHandler>();
-  const bool created = handler_->OpenByCreate(path);
-  db_ = handler_->GetDB();
-  if (!created || !CreateTable() || !handler_->AddGeometryColumn("keypoint", "geom", 1001)) {
+  connection_->handler = std::make_unique<CSpatialiteHandler>();
+  const bool created = connection_->handler->OpenByCreate(path);
+  connection_->db = connection_->handler->GetDB();
+  if (!created || !CreateTable() ||
+      !connection_->handler->AddGeometryColumn("keypoint", "geom", 1001)) {
     // A half-made scratch file serves nobody: it goes with the connection.
-    ReleaseConnection();
+    connection_->Release();
     AnnotationLayerInner::RemoveCacheFile(path);
     return false;
   }
-  path_ = path;
+  connection_->path = path;
   BuildKeyPoint(feature);
   return true;
 }
 
-bool CSpatialiteEditorDB::IsOpened() const { return db_ != nullptr; }
+bool CSpatialiteEditorDB::IsOpened() const { return connection_->db != nullptr; }
 
 bool CSpatialiteEditorDB::Close() {
-  ReleaseConnection();
-  if (!path_.empty()) AnnotationLayerInner::RemoveCacheFile(path_);
-  path_.clear();
+  connection_->Release();
+  if (!connection_->path.empty()) AnnotationLayerInner::RemoveCacheFile(connection_->path);
+  connection_->path.clear();
   return true;
 }
 
-void CSpatialiteEditorDB::ReleaseConnection() {
-  insertStatement_->Finalize();
-  updateStatement_->Finalize();
-  if (handler_) handler_->Close();
-  handler_.reset();
-  db_ = nullptr;
-}
-
 bool CSpatialiteEditorDB::CreateTable() {
-  return AnnotationLayerInner::ExecSql(db_,
+  return AnnotationLayerInner::ExecSql(connection_->db,
                                        std::string("CREATE TABLE 'keypoint' (") +
                                            "'id' integer NOT NULL," + "'polygon_index' integer ," +
                                            "'kpt_index' integer ," + "PRIMARY KEY ('id')" + "); ",
@@ -90,11 +107,11 @@ bool CSpatialiteEditorDB::CreateTable() {
 
 void CSpatialiteEditorDB::BuildKeyPoint(IAnnotationFeature* feature) {
   if (feature == nullptr) return;
-  handler_->Transaction();
+  connection_->handler->Transaction();
   feature->TravelGeometryData(*this);
-  handler_->Commit();
+  connection_->handler->Commit();
   // Single inserts are rare after the build; the statement is prepared again when needed.
-  insertStatement_->Finalize();
+  connection_->insertStatement.Finalize();
 }
 
 void CSpatialiteEditorDB::ApplyGeometryData(IAnnotationFeature* feature, int partIndex,
@@ -104,21 +121,22 @@ void CSpatialiteEditorDB::ApplyGeometryData(IAnnotationFeature* feature, int par
 
 bool CSpatialiteEditorDB::InsertKeyPointInner(int polygonIndex, int kptIndex,
                                               const CVector3D& point) {
-  if (db_ == nullptr) return false;
-  if (insertStatement_->IsValid()) {
-    insertStatement_->Reset();
-  } else if (!insertStatement_->Prepare(
-                 db_,
+  if (connection_->db == nullptr) return false;
+  if (connection_->insertStatement.IsValid()) {
+    connection_->insertStatement.Reset();
+  } else if (!connection_->insertStatement.Prepare(
+                 connection_->db,
                  "INSERT INTO 'main'.'keypoint'('polygon_index', 'kpt_index', 'geom') "
                  "VALUES(?, ?, ?)",
                  "[InsertKeyPointInner_prepare]:")) {
     return false;
   }
-  insertStatement_->BindInt(1, polygonIndex);
-  insertStatement_->BindInt(2, kptIndex);
-  BindPointBlob(insertStatement_->Get(), 3, point);
-  if (insertStatement_->Step() != SQLITE_DONE) {
-    ZuLogError(-1) << "[InsertKeyPointInner_Insert]:" << AnnotationLayerInner::ErrorMessage(db_);
+  connection_->insertStatement.BindInt(1, polygonIndex);
+  connection_->insertStatement.BindInt(2, kptIndex);
+  BindPointBlob(connection_->insertStatement.Get(), 3, point);
+  if (connection_->insertStatement.Step() != SQLITE_DONE) {
+    ZuLogError(-1) << "[InsertKeyPointInner_Insert]:"
+                   << AnnotationLayerInner::ErrorMessage(connection_->db);
     return false;
   }
   return true;
@@ -126,12 +144,12 @@ bool CSpatialiteEditorDB::InsertKeyPointInner(int polygonIndex, int kptIndex,
 
 bool CSpatialiteEditorDB::QueryKeyPointPlace(int id, const std::string& tag, int& polygonIndex,
                                              int& kptIndex) const {
-  CSqlStatement stmt(db_,
+  CSqlStatement stmt(connection_->db,
                      "SELECT polygon_index, kpt_index FROM keypoint WHERE id=" + std::to_string(id),
                      tag);
   if (!stmt.IsValid()) return false;
   if (stmt.Step() != SQLITE_ROW) {
-    ZuLogError(-1) << tag << AnnotationLayerInner::ErrorMessage(db_);
+    ZuLogError(-1) << tag << AnnotationLayerInner::ErrorMessage(connection_->db);
     return false;
   }
   polygonIndex = stmt.ColumnInt(0);
@@ -140,22 +158,22 @@ bool CSpatialiteEditorDB::QueryKeyPointPlace(int id, const std::string& tag, int
 }
 
 int CSpatialiteEditorDB::InsertKeyPoint(int afterId, const CVector3D& point) {
-  if (db_ == nullptr || afterId < 0) return -1;
+  if (connection_->db == nullptr || afterId < 0) return -1;
   int polygonIndex = 0;
   int kptIndex = 0;
   if (!QueryKeyPointPlace(afterId, "[InsertKeyPoint_Query]:", polygonIndex, kptIndex)) return -1;
-  handler_->Transaction();
+  connection_->handler->Transaction();
   ModifyBatchOffsetKeyPoint(polygonIndex, kptIndex + 1);
   int id = -1;
   if (InsertKeyPointInner(polygonIndex, kptIndex + 1, point)) {
-    id = static_cast<int>(sqlite3_last_insert_rowid(db_));
+    id = static_cast<int>(sqlite3_last_insert_rowid(connection_->db));
   }
-  handler_->Commit();
+  connection_->handler->Commit();
   return id;
 }
 
 void CSpatialiteEditorDB::ModifyBatchOffsetKeyPoint(int polygonIndex, int fromKptIndex) {
-  CSqlStatement stmt(db_,
+  CSqlStatement stmt(connection_->db,
                      std::string("SELECT id, kpt_index FROM keypoint WHERE ") + "polygon_index=" +
                          std::to_string(polygonIndex) + " AND " + "kpt_index >= " +
                          std::to_string(fromKptIndex),
@@ -169,55 +187,58 @@ void CSpatialiteEditorDB::ModifyBatchOffsetKeyPoint(int polygonIndex, int fromKp
 }
 
 bool CSpatialiteEditorDB::ModifyKeyPointInner(int id, int kptIndex) {
-  if (db_ == nullptr) return false;
-  if (updateStatement_->IsValid()) {
-    updateStatement_->Reset();
-  } else if (!updateStatement_->Prepare(db_, "UPDATE 'main'.'keypoint' SET 'kpt_index'=? WHERE id=?",
-                                        "[ModifyKeyPointInner_prepare]:")) {
+  if (connection_->db == nullptr) return false;
+  if (connection_->updateStatement.IsValid()) {
+    connection_->updateStatement.Reset();
+  } else if (!connection_->updateStatement.Prepare(
+                 connection_->db, "UPDATE 'main'.'keypoint' SET 'kpt_index'=? WHERE id=?",
+                 "[ModifyKeyPointInner_prepare]:")) {
     return false;
   }
-  updateStatement_->BindInt(1, kptIndex);
-  updateStatement_->BindInt(2, id);
-  if (updateStatement_->Step() != SQLITE_DONE) {
+  connection_->updateStatement.BindInt(1, kptIndex);
+  connection_->updateStatement.BindInt(2, id);
+  if (connection_->updateStatement.Step() != SQLITE_DONE) {
     // The tag names an insert although this is an update; log readers search for it as it is.
-    ZuLogError(-1) << "[ModifyKeyPointInner_Insert]:" << AnnotationLayerInner::ErrorMessage(db_);
+    ZuLogError(-1) << "[ModifyKeyPointInner_Insert]:"
+                   << AnnotationLayerInner::ErrorMessage(connection_->db);
     return false;
   }
   return true;
 }
 
 bool CSpatialiteEditorDB::RemoveKeyPoint(int id) {
-  if (db_ == nullptr || id < 0) return false;
+  if (connection_->db == nullptr || id < 0) return false;
   return AnnotationLayerInner::ExecSql(
-      db_, "DELETE FROM 'main'.'keypoint' WHERE id=" + std::to_string(id), "[RemoveKeyPoint]:");
+      connection_->db, "DELETE FROM 'main'.'keypoint' WHERE id=" + std::to_string(id),
+      "[RemoveKeyPoint]:");
 }
 
 bool CSpatialiteEditorDB::ReviseKeyPoint(int id, const CVector3D& point) {
-  if (db_ == nullptr || id < 0) return false;
+  if (connection_->db == nullptr || id < 0) return false;
   int polygonIndex = 0;
   int kptIndex = 0;
   if (!QueryKeyPointPlace(id, "[ReviseKeyPoint_Query]:", polygonIndex, kptIndex)) return false;
   // Removal and reinsertion succeed or fail together, so a failed move never loses the point.
-  handler_->Transaction();
+  connection_->handler->Transaction();
   const bool moved = RemoveKeyPoint(id) && InsertKeyPointInner(polygonIndex, kptIndex, point);
   if (moved) {
-    handler_->Commit();
+    connection_->handler->Commit();
   } else {
-    handler_->RollBack();
+    connection_->handler->RollBack();
   }
   return moved;
 }
 
 void CSpatialiteEditorDB::TravelViaExtent(const EXTENT& extent, int limit,
                                           IKeyPointVisitor& visitor) {
-  if (db_ == nullptr) return;
+  if (connection_->db == nullptr) return;
   std::string sql = "SELECT id, geom FROM keypoint WHERE MbrIntersects(geom, BuildMbr(" +
                     FormatDouble(extent.min_x) + "," + FormatDouble(extent.min_y) + "," +
                     FormatDouble(extent.max_x) + "," + FormatDouble(extent.max_y) + "))" +
                     "AND ROWID IN(SELECT pkid FROM idx_keypoint_geom WHERE " +
                     IndexBoxInside(extent.min_x, extent.min_y, extent.max_x, extent.max_y) + ")";
   if (limit > 0) sql += " limit " + std::to_string(limit);
-  CSqlStatement stmt(db_, sql, "[EditorDB::TravelViaExtent]:");
+  CSqlStatement stmt(connection_->db, sql, "[EditorDB::TravelViaExtent]:");
   while (stmt.StepRow()) {
     CVector3D point;  // stays at the origin when the geometry cannot be read
     ReadFirstPoint(stmt.ColumnBlob(1), stmt.ColumnBytes(1), point);
@@ -227,7 +248,7 @@ void CSpatialiteEditorDB::TravelViaExtent(const EXTENT& extent, int limit,
 
 int CSpatialiteEditorDB::QueryLastKeyPoint(const std::string& sql, CVector3D& out) const {
   // Both queries log their prepare failures under the picking tag.
-  CSqlStatement stmt(db_, sql, "[QueryPickedKeyPoint_intersected]:");
+  CSqlStatement stmt(connection_->db, sql, "[QueryPickedKeyPoint_intersected]:");
   int id = -1;
   while (stmt.StepRow()) {
     id = stmt.ColumnInt(0);
@@ -238,7 +259,7 @@ int CSpatialiteEditorDB::QueryLastKeyPoint(const std::string& sql, CVector3D& ou
 
 int CSpatialiteEditorDB::QueryPickedKeyPoint(CVector3D& out, const CVector3D& pick,
                                              double tolerance) const {
-  if (db_ == nullptr) return -1;
+  if (connection_->db == nullptr) return -1;
   return QueryLastKeyPoint(std::string("SELECT id,geom FROM keypoint WHERE ") +
                                "ROWID IN(SELECT pkid FROM idx_keypoint_geom WHERE " +
                                IndexBoxInside(pick.X() - tolerance, pick.Y() - tolerance,
@@ -249,7 +270,7 @@ int CSpatialiteEditorDB::QueryPickedKeyPoint(CVector3D& out, const CVector3D& pi
 
 int CSpatialiteEditorDB::QueryClosestKeyPoint(CVector3D& out, const EXTENT& extent,
                                               const CVector3D& position) const {
-  if (db_ == nullptr) return -1;
+  if (connection_->db == nullptr) return -1;
   // The order and the limit sit inside the index subquery: at most one row comes back, the one
   // whose index box corner is nearest.
   return QueryLastKeyPoint(std::string("SELECT id,geom FROM keypoint WHERE ") +
@@ -263,7 +284,7 @@ int CSpatialiteEditorDB::QueryClosestKeyPoint(CVector3D& out, const EXTENT& exte
 }
 
 bool CSpatialiteEditorDB::QuerySiblingKeyPoint(CVector3D& out, int id, bool next) const {
-  if (db_ == nullptr) return false;
+  if (connection_->db == nullptr) return false;
   int polygonIndex = 0;
   int kptIndex = 0;
   if (!QueryKeyPointPlace(id, "[QuerySiblingKeyPoint_Query]:", polygonIndex, kptIndex)) {
@@ -273,13 +294,14 @@ bool CSpatialiteEditorDB::QuerySiblingKeyPoint(CVector3D& out, int id, bool next
                     std::to_string(polygonIndex) + " AND " + "kpt_index";
   sql += next ? "> " + std::to_string(kptIndex) + " ORDER BY kpt_index ASC LIMIT 1"
               : "< " + std::to_string(kptIndex) + " ORDER BY kpt_index DESC LIMIT 1";
-  CSqlStatement stmt(db_, sql, "[QuerySiblingKeyPoint_Query]:");
+  CSqlStatement stmt(connection_->db, sql, "[QuerySiblingKeyPoint_Query]:");
   return stmt.StepRow() && ReadFirstPoint(stmt.ColumnBlob(0), stmt.ColumnBytes(0), out);
 }
 
 bool CSpatialiteEditorDB::CombineToData(IAnnotationFeature* feature) const {
-  if (db_ == nullptr || feature == nullptr) return false;
-  CSqlStatement stmt(db_, "SELECT polygon_index, geom FROM keypoint ORDER BY polygon_index, kpt_index",
+  if (connection_->db == nullptr || feature == nullptr) return false;
+  CSqlStatement stmt(connection_->db,
+                     "SELECT polygon_index, geom FROM keypoint ORDER BY polygon_index, kpt_index",
                      "[CombineToData_Query]:");
   if (!stmt.IsValid()) return false;
   std::vector<CGeometryData> parts;

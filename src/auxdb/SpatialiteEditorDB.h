@@ -11,10 +11,14 @@
 // Positions within a part only grow by insertion: removing a point leaves a gap, and only their
 // order matters. Moving a point (ReviseKeyPoint) gives it a new id.
 //
-// Lifetime: destroying an open object releases the connection but neither closes the editing run
-// nor deletes the file; owners call Close.
-// Thread safety: none. One editing run on one thread; the cached statements make the object unsafe
-// to share.
+// Copies are shallow: a copy is a second handle on the same database, sharing its connection and
+// cached statements, so Open, Close and every edit through one handle are seen through all.
+//
+// Lifetime: the connection lives while any handle does. Destroying the last handle of an open
+// database releases the connection but neither closes the editing run nor deletes the file;
+// owners call Close (through any handle).
+// Thread safety: none. One editing run on one thread: a handle and all its copies together are
+// used by one thread at a time, since they share the connection and the cached statements.
 #ifndef ANNOTATIONLAYER_SPATIALITE_EDITOR_DB_H
 #define ANNOTATIONLAYER_SPATIALITE_EDITOR_DB_H
 
@@ -25,10 +29,6 @@
 #include "AnnotationLayerTypes.h"
 #include "IAnnotationFeature.h"
 #include "Vector3D.h"
-
-struct sqlite3;
-class CSpatialiteHandler;
-class CSqlStatement;
 
 class ANNOTATIONLAYER_EXPORT CSpatialiteEditorDB : public IAnnotationFeature::IGeometryDataVisitor {
  public:
@@ -41,8 +41,9 @@ class ANNOTATIONLAYER_EXPORT CSpatialiteEditorDB : public IAnnotationFeature::IG
 
   CSpatialiteEditorDB();
   ~CSpatialiteEditorDB() override;
-  CSpatialiteEditorDB(const CSpatialiteEditorDB&) = delete;
-  CSpatialiteEditorDB& operator=(const CSpatialiteEditorDB&) = delete;
+  // Shallow: both handles use one connection (see above).
+  CSpatialiteEditorDB(const CSpatialiteEditorDB& other);
+  CSpatialiteEditorDB& operator=(const CSpatialiteEditorDB& other);
 
   // Recreates <cache directory><name>_kpt.db and fills it with the points of every part of
   // `feature` (a null feature or one without geometry gives an empty database). True at once when
@@ -92,14 +93,9 @@ class ANNOTATIONLAYER_EXPORT CSpatialiteEditorDB : public IAnnotationFeature::IG
   bool QueryKeyPointPlace(int id, const std::string& tag, int& polygonIndex, int& kptIndex) const;
   // Runs a statement of (id, geom) rows; every row sets `id` and, when its geometry decodes, `out`.
   int QueryLastKeyPoint(const std::string& sql, CVector3D& out) const;
-  // Drops the connection and the cached statements, leaving the file where it is.
-  void ReleaseConnection();
 
-  std::string path_;
-  std::unique_ptr<CSpatialiteHandler> handler_;  // exists only while open
-  sqlite3* db_;                                  // the handler's connection, cached
-  std::unique_ptr<CSqlStatement> insertStatement_;
-  std::unique_ptr<CSqlStatement> updateStatement_;
+  struct Connection;
+  std::shared_ptr<Connection> connection_;  // never null; shared by all copies
 };
 
 #endif  // ANNOTATIONLAYER_SPATIALITE_EDITOR_DB_H

@@ -29,15 +29,30 @@ bool IsUsableUuid(const std::string& uuid, const char* tag) {
 
 CSpatialiteNameDB::INameVisitor::~INameVisitor() = default;
 
-CSpatialiteNameDB::CSpatialiteNameDB() : db_(nullptr) {}
-
-CSpatialiteNameDB::~CSpatialiteNameDB() {
+// The database that a handle and all its copies share; the last handle to go closes it.
+struct CSpatialiteNameDB::Connection {
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
   // Without Close nothing is kept: closing the connection rolls the open transaction back.
-  if (handler_) handler_->Close();
-}
+  ~Connection() {
+    if (handler) handler->Close();
+  }
+
+  std::unique_ptr<CSpatialiteHandler> handler;  // exists only while open
+  sqlite3* db = nullptr;                        // the handler's connection, cached
+};
+
+CSpatialiteNameDB::CSpatialiteNameDB() : connection_(std::make_shared<Connection>()) {}
+
+CSpatialiteNameDB::CSpatialiteNameDB(const CSpatialiteNameDB& other) = default;
+
+CSpatialiteNameDB& CSpatialiteNameDB::operator=(const CSpatialiteNameDB& other) = default;
+
+CSpatialiteNameDB::~CSpatialiteNameDB() = default;
 
 bool CSpatialiteNameDB::Open(const std::string& name) {
-  if (handler_) return true;
+  if (connection_->handler) return true;
   if (!AnnotationLayerInner::IsPlainCacheName(name)) {
     ZuLogError(-1) << "[CSpatialiteNameDB::Open]:" << "refused name '" << name
                    << "': not a plain file name";
@@ -53,31 +68,31 @@ bool CSpatialiteNameDB::Open(const std::string& name) {
     handler->Close();
     return false;
   }
-  handler_ = std::move(handler);
-  db_ = handler_->GetDB();
-  if (!CreateTable() || !handler_->AddGeometryColumn("name", "geom", 1001)) {
-    handler_->Close();
-    handler_.reset();
-    db_ = nullptr;
+  connection_->handler = std::move(handler);
+  connection_->db = connection_->handler->GetDB();
+  if (!CreateTable() || !connection_->handler->AddGeometryColumn("name", "geom", 1001)) {
+    connection_->handler->Close();
+    connection_->handler.reset();
+    connection_->db = nullptr;
     return false;
   }
-  handler_->Transaction();
+  connection_->handler->Transaction();
   return true;
 }
 
-bool CSpatialiteNameDB::IsOpened() const { return handler_ != nullptr; }
+bool CSpatialiteNameDB::IsOpened() const { return connection_->handler != nullptr; }
 
 bool CSpatialiteNameDB::Close() {
-  if (!handler_) return true;
-  handler_->Commit();
-  handler_->Close();
-  handler_.reset();
-  db_ = nullptr;
+  if (!connection_->handler) return true;
+  connection_->handler->Commit();
+  connection_->handler->Close();
+  connection_->handler.reset();
+  connection_->db = nullptr;
   return true;
 }
 
 bool CSpatialiteNameDB::CreateTable() {
-  return AnnotationLayerInner::ExecSql(db_,
+  return AnnotationLayerInner::ExecSql(connection_->db,
                                        std::string("CREATE TABLE 'name' (") +
                                            "'uuid' varchar(32) NOT NULL," + "'name' varchar(32)," +
                                            "'data' varchar(128)," + "'style' text(65535)," +
@@ -86,7 +101,7 @@ bool CSpatialiteNameDB::CreateTable() {
 }
 
 void CSpatialiteNameDB::TravelViaExtent(const EXTENT& extent, int limit, INameVisitor& visitor) {
-  if (db_ == nullptr) return;
+  if (connection_->db == nullptr) return;
   const std::string xmin = FormatDouble(extent.min_x);
   const std::string ymin = FormatDouble(extent.min_y);
   const std::string xmax = FormatDouble(extent.max_x);
@@ -94,11 +109,11 @@ void CSpatialiteNameDB::TravelViaExtent(const EXTENT& extent, int limit, INameVi
   // The ring lists the four corners without closing it again, as the query always has.
   const std::string ring = "GeomFromText('POLYGON((" + xmin + " " + ymin + "," + xmin + " " + ymax +
                            "," + xmax + " " + ymax + "," + xmax + " " + ymin + "))')";
-  // A ring that SpatiaLite's reader rejects becomes NULL, and MbrIntersects(NULL, geom) is -1, which
-  // counts as true: the query would return every label the index lets through. Such an extent
+  // A ring that SpatiaLite's reader rejects becomes NULL, and MbrIntersects(NULL, geom) is -1,
+  // which counts as true: the query would return every label the index lets through. Such an extent
   // visits nothing instead.
   {
-    CSqlStatement check(db_, "SELECT " + ring + " IS NOT NULL",
+    CSqlStatement check(connection_->db, "SELECT " + ring + " IS NOT NULL",
                         "[CSpatialiteNameDB::TravelViaExtent]:");
     if (!check.IsValid()) return;
     if (!check.StepRow() || check.ColumnInt(0) == 0) {
@@ -112,7 +127,7 @@ void CSpatialiteNameDB::TravelViaExtent(const EXTENT& extent, int limit, INameVi
                     " AND " + "xmax > " + xmin + ") AND (" + "ymin < " + ymax + " AND " +
                     "ymax > " + ymin + "))" + " AND MbrIntersects(" + ring + ", geom)";
   if (limit > 0) sql += " limit " + std::to_string(limit);
-  CSqlStatement stmt(db_, sql, "[CSpatialiteNameDB::TravelViaExtent]:");
+  CSqlStatement stmt(connection_->db, sql, "[CSpatialiteNameDB::TravelViaExtent]:");
   while (stmt.StepRow()) {
     CNameRecorder record;
     record.uuid = stmt.ColumnText(0, false);
@@ -122,9 +137,9 @@ void CSpatialiteNameDB::TravelViaExtent(const EXTENT& extent, int limit, INameVi
 }
 
 bool CSpatialiteNameDB::InsertName(const CNameRecorder& record) {
-  if (db_ == nullptr) return false;
+  if (connection_->db == nullptr) return false;
   if (!IsUsableUuid(record.uuid, "[InsertName]:")) return false;
-  CSqlStatement stmt(db_,
+  CSqlStatement stmt(connection_->db,
                      std::string("INSERT INTO 'main'.'name'(") +
                          " 'uuid', 'name', 'data', 'style', 'geom') VALUES( " + " ?, ?, ?, ?, ?)",
                      "[InsertName]:");
@@ -142,31 +157,32 @@ bool CSpatialiteNameDB::ModifyName(const CNameRecorder& record) {
 }
 
 bool CSpatialiteNameDB::DeleteName(const std::string& uuid) {
-  if (db_ == nullptr) return false;
+  if (connection_->db == nullptr) return false;
   if (!IsUsableUuid(uuid, "[DeleteName]:")) return false;
-  return AnnotationLayerInner::ExecSql(db_, "DELETE FROM 'main'.'name' WHERE uuid = '" + uuid + "'",
-                                       "[DeleteName]:");
+  return AnnotationLayerInner::ExecSql(
+      connection_->db, "DELETE FROM 'main'.'name' WHERE uuid = '" + uuid + "'", "[DeleteName]:");
 }
 
 bool CSpatialiteNameDB::DeleteAll() {
-  if (db_ == nullptr) return false;
-  return AnnotationLayerInner::ExecSql(db_, "DELETE FROM 'main'.'name'", "[DeleteAll]:");
+  if (connection_->db == nullptr) return false;
+  return AnnotationLayerInner::ExecSql(connection_->db, "DELETE FROM 'main'.'name'",
+                                       "[DeleteAll]:");
 }
 
 bool CSpatialiteNameDB::IsExistName(const std::string& uuid) const {
-  if (db_ == nullptr) return false;
+  if (connection_->db == nullptr) return false;
   // The data model's feature test logs under the same tag.
   if (!IsUsableUuid(uuid, "[IsExistNode-Feature]:")) return false;
-  CSqlStatement stmt(db_,
+  CSqlStatement stmt(connection_->db,
                      std::string("SELECT COUNT(*) FROM name WHERE") + " uuid = '" + uuid + "'",
                      "[IsExistNode-Feature]:");
   return stmt.StepRow() && stmt.ColumnInt(0) > 0;
 }
 
 CNameRecorder CSpatialiteNameDB::QueryNameRecorder(const std::string& uuid) {
-  if (db_ == nullptr) return CNameRecorder();
+  if (connection_->db == nullptr) return CNameRecorder();
   if (!IsUsableUuid(uuid, "[QueryNameRecorder]:")) return CNameRecorder();
-  CSqlStatement stmt(db_,
+  CSqlStatement stmt(connection_->db,
                      std::string("SELECT") + " name, data, style, geom" + " FROM name WHERE" +
                          " uuid = '" + uuid + "'",
                      "[QueryNameRecorder]:");

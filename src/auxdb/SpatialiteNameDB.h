@@ -11,8 +11,13 @@
 // Uuids are spliced into statements between single quotes; a uuid holding a quote is refused with a
 // log line.
 //
-// Thread safety: none. One thread uses one object; the open transaction holds SQLite's write lock
-// on the file from Open to Close.
+// Copies are shallow: a copy is a second handle on the same database, sharing its connection and
+// its open transaction, so Open, Close and every change through one handle are seen through all.
+// The connection lives while any handle does; the last one to go closes it (without Close, rolling
+// the transaction back as above).
+//
+// Thread safety: none. One thread uses a handle and all its copies together; the open transaction
+// holds SQLite's write lock on the file from Open to Close.
 #ifndef ANNOTATIONLAYER_SPATIALITE_NAME_DB_H
 #define ANNOTATIONLAYER_SPATIALITE_NAME_DB_H
 
@@ -22,9 +27,6 @@
 #include "AnnotationLayerExport.h"
 #include "AnnotationLayerTypes.h"
 #include "NameRecorder.h"
-
-struct sqlite3;
-class CSpatialiteHandler;
 
 class ANNOTATIONLAYER_EXPORT CSpatialiteNameDB {
  public:
@@ -37,8 +39,9 @@ class ANNOTATIONLAYER_EXPORT CSpatialiteNameDB {
 
   CSpatialiteNameDB();
   ~CSpatialiteNameDB();
-  CSpatialiteNameDB(const CSpatialiteNameDB&) = delete;
-  CSpatialiteNameDB& operator=(const CSpatialiteNameDB&) = delete;
+  // Shallow: both handles use one connection (see above).
+  CSpatialiteNameDB(const CSpatialiteNameDB& other);
+  CSpatialiteNameDB& operator=(const CSpatialiteNameDB& other);
 
   // Recreates <cache directory>name_cluster_<name>.db empty and begins the transaction that Close
   // commits. True at once when already open. A name that is not a plain file name is refused with a
@@ -65,8 +68,8 @@ class ANNOTATIONLAYER_EXPORT CSpatialiteNameDB {
  private:
   bool CreateTable();
 
-  std::unique_ptr<CSpatialiteHandler> handler_;  // exists only while open
-  sqlite3* db_;                                  // the handler's connection, cached
+  struct Connection;
+  std::shared_ptr<Connection> connection_;  // never null; shared by all copies
 };
 
 #endif  // ANNOTATIONLAYER_SPATIALITE_NAME_DB_H

@@ -12,12 +12,31 @@
 
 using AnnotationLayerInner::Utf8ToLocal;
 
+namespace {
+
+// This project's schema carries folder_uuid and layer_uuid as generated copies of folder_puuid and
+// layer_puuid; files made by other programs may not. Probed without a log line: their absence is
+// no fault.
+bool HasParentAliasColumns(sqlite3* db) {
+  sqlite3_stmt* stmt = nullptr;
+  const int rc = sqlite3_prepare_v2(db, "SELECT folder_uuid, layer_uuid FROM layer LIMIT 0", -1,
+                                    &stmt, nullptr);
+  sqlite3_finalize(stmt);
+  return rc == SQLITE_OK;
+}
+
+}  // namespace
+
 CNodeOrderRebuilderImpl::CNodeOrderRebuilderImpl(IAnnotationDBDataModel* model)
     : model_(dynamic_cast<CSpatialiteDBDataModel*>(model)) {
   // The construction failures are logged with the importer's texts.
   if (model_ != nullptr && model_->IsInstalled()) {
     db_ = model_->GetConnection();
     if (db_ == nullptr) ZuLogError(-1) << "[CFeatureBatchImporter] " << Utf8ToLocal("建立不成功");
+    if (db_ != nullptr && !HasParentAliasColumns(db_)) {
+      folderParentColumn_ = "folder_puuid";
+      layerParentColumn_ = "layer_puuid";
+    }
   } else {
     ZuLogError(-1) << "[CFeatureBatchImporter] " << Utf8ToLocal("DBDataModel未建立");
   }
@@ -67,7 +86,7 @@ bool CNodeOrderRebuilderImpl::FolderHasUnassignedChild(const std::string& uuid) 
               .empty() ||
          !FirstChild(std::string("SELECT layer.uuid FROM layer") + " INNER JOIN layer_order" +
                          " ON layer.uuid = layer_order.uuid" + " AND layer_order.order_num = " +
-                         "-1" + " WHERE layer.folder_uuid = '" + uuid + "' Limit 1",
+                         "-1" + " WHERE layer." + folderParentColumn_ + " = '" + uuid + "' Limit 1",
                      "[RebuildFolderForLayerChild]:")
               .empty();
 }
@@ -75,7 +94,7 @@ bool CNodeOrderRebuilderImpl::FolderHasUnassignedChild(const std::string& uuid) 
 bool CNodeOrderRebuilderImpl::LayerHasUnassignedChild(const std::string& uuid) {
   return !FirstChild(std::string("SELECT layer.uuid FROM layer") + " INNER JOIN layer_order" +
                          " ON layer.uuid = layer_order.uuid" + " AND layer_order.order_num = " +
-                         "-1" + " WHERE layer.layer_uuid = '" + uuid + "' Limit 1",
+                         "-1" + " WHERE layer." + layerParentColumn_ + " = '" + uuid + "' Limit 1",
                      "[RebuildLayerChildOrderNum] Layer-Child:")
               .empty() ||
          !FirstChild(std::string("SELECT shape.uuid FROM shape") + " INNER JOIN shape_order" +

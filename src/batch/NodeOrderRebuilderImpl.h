@@ -45,6 +45,10 @@ class CNodeOrderRebuilderImpl {
   CStopwatch stopwatch_;
   CSpatialiteDBDataModel* model_;
   sqlite3* db_ = nullptr;
+  // The parent columns of the -1 checks: the generated aliases where the file has them, else the
+  // stored columns they copy.
+  std::string folderParentColumn_ = "folder_uuid";
+  std::string layerParentColumn_ = "layer_uuid";
   bool rebuilding_ = false;
   CNodeOrderRebuilder::IRebuildProgress* progress_ = nullptr;
   int visited_ = 0;

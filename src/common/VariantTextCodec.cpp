@@ -39,6 +39,12 @@ const TypeName kTypeNames[] = {
     {QMetaType::QString, "wstring"},
     {QMetaType::QByteArrayList, "string_list"},
     {QMetaType::QStringList, "wstring_list"},
+    // Aliases, written under the name of the type they are read back as: int64_t and uint64_t are
+    // long and unsigned long on LP64 systems, and signed char is a type of its own to Qt. They
+    // stand after the types of the same name, which MetaTypeOfName finds first.
+    {QMetaType::Long, "int64"},
+    {QMetaType::ULong, "uint64"},
+    {QMetaType::SChar, "char"},
 };
 
 // -1 when the name is not known.
@@ -198,6 +204,12 @@ std::string WriteValue(int metaType, const QVariant& value) {
       return NumberToText(value.value<qlonglong>());
     case QMetaType::ULongLong:
       return NumberToText(value.value<qulonglong>());
+    case QMetaType::Long:
+      return NumberToText(static_cast<qlonglong>(value.value<long>()));
+    case QMetaType::ULong:
+      return NumberToText(static_cast<qulonglong>(value.value<unsigned long>()));
+    case QMetaType::SChar:
+      return NumberToText(static_cast<int>(value.value<signed char>()));
     case QMetaType::Float:
       return NumberToText(value.value<float>());
     case QMetaType::Double:

@@ -4,14 +4,14 @@
 //   type name      QVariant holds            text
 //   unknown        nothing (invalid)         empty
 //   bool           bool                      "true" / "false" ("1" / "0" also read)
-//   char           char                      decimal, e.g. "-5"
+//   char           char (or signed char)     decimal, e.g. "-5"
 //   unsigned_char  unsigned char             decimal
 //   short          short                     decimal
 //   unsigned_short unsigned short            decimal
 //   int            int                       decimal
 //   unsigned_int   unsigned int              decimal
-//   int64          qlonglong                 decimal
-//   uint64         qulonglong                decimal
+//   int64          qlonglong (or long)       decimal
+//   uint64         qulonglong (or ulong)     decimal
 //   float          float                     shortest text that reads back to the same bits
 //   double         double                    shortest text that reads back to the same bits
 //   wchar          QChar                     decimal UTF-16 code unit
@@ -19,6 +19,9 @@
 //   wstring        QString                   GB18030 bytes of the string
 //   string_list    QByteArrayList            netstrings, see below
 //   wstring_list   QStringList               netstrings of the GB18030 bytes of each string
+//
+// The types in brackets are written under the name of the row and read back as its first type:
+// a long (what int64_t is on LP64 systems) comes back as qlonglong.
 //
 // Numbers are written and read without locale ("." as decimal point, no grouping) and must fill
 // the whole text: no blanks, no '+', nothing after the number. Reals round-trip exactly, -0.0,

@@ -17,6 +17,7 @@
 #include "GeometryBlob.h"
 #include "LayerBatchDeleter.h"
 #include "LayerOption.h"
+#include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
@@ -232,6 +233,11 @@ bool CSpatialiteDBDataModel::QueryTableIndexes(const char* table, const std::str
 
 // Folders and layers go with their whole subtree through the batch deleter, which also rebuilds
 // the node cache afterwards.
+//
+// A folder's deletion is done once the deleter's transaction is committed: it reports true then,
+// whatever the deleter met on the way (each failure is logged there). The pass the deleter started
+// ran inside the transaction, so the cache is rebuilt once more from the committed tree; Refresh
+// refuses to start while a pass runs, hence the bounded wait for the deleter's pass first.
 bool CSpatialiteDBDataModel::DeleteFolder(const std::string& uuid) {
   if (db_ == nullptr) return false;
   if (!IsSafeUUID(uuid, "[DeleteFolder]:")) return false;
@@ -240,9 +246,14 @@ bool CSpatialiteDBDataModel::DeleteFolder(const std::string& uuid) {
   UnlinkFolder(uuid);
   CLayerBatchDeleter deleter(this);
   deleter.BeginDelete(false, nullptr);
-  const bool removed = deleter.BatchDeleteFolder(uuid);
+  deleter.BatchDeleteFolder(uuid);
   deleter.EndDelete();
-  return removed;
+  if (calculator_) {
+    constexpr int kPassWaitMs = 10000;
+    calculator_->WaitForFinished(kPassWaitMs);
+    calculator_->Refresh();
+  }
+  return true;
 }
 
 bool CSpatialiteDBDataModel::DeleteLayer(const std::string& uuid) {
