@@ -122,7 +122,7 @@ class CalculatorlessEngineTest : public EngineTest {
 
 }  // namespace
 
-TEST_F(EngineTest, InitialisationAndAccessors) {
+TEST_F(EngineTest, InitialisationAndCallsBeforeStart) {
   CAnnotationSpatialEngine engine;
   EXPECT_EQ(-1, engine.GetID());
   EXPECT_FALSE(engine.Initialize("x", nullptr));
@@ -132,24 +132,13 @@ TEST_F(EngineTest, InitialisationAndAccessors) {
   ASSERT_TRUE(engine.Initialize("named", model_.get()));
   EXPECT_GT(engine.GetID(), 0);
   EXPECT_NE(engine_->GetID(), engine.GetID());
-  EXPECT_EQ("named", engine.GetName());
-  EXPECT_EQ(model_.get(), engine.GetDataModel());
-  EXPECT_FALSE(engine.IsStarted());
-  engine.SetMaxPerPass(5);
-  EXPECT_EQ(5, engine.GetMaxPerPass());
-  engine.SetAttachParam(3);
-  EXPECT_EQ(3, engine.GetAttachParam());
-  engine.SetListener(&listener_);
-  EXPECT_EQ(&listener_, engine.GetListener());
-
-  const std::vector<std::pair<int, std::string>> list = {{1, "a"}, {2, "b"}};
-  engine.SetKeyedList(4, list);
-  EXPECT_EQ(list, engine.GetKeyedList(4));
-  engine.SetKeyedList(4, {{3, "c"}});
+  engine.SetKeyedList(4, {{1, "a"}});
+  engine.SetKeyedList(4, {{3, "c"}});  // replaces
   EXPECT_EQ((std::vector<std::pair<int, std::string>>{{3, "c"}}), engine.GetKeyedList(4));
   EXPECT_TRUE(engine.GetKeyedList(5).empty());
 
   // Nothing to do before Start.
+  engine.SetListener(&listener_);
   engine.ResetAll();
   engine.Refresh();
   engine.UpdateFeature("x");
@@ -157,7 +146,6 @@ TEST_F(EngineTest, InitialisationAndAccessors) {
   EXPECT_TRUE(engine.Stop());
   ASSERT_TRUE(engine.Uninitialize());
   EXPECT_EQ(-1, engine.GetID());
-  EXPECT_EQ("", engine.GetName());
   EXPECT_EQ(nullptr, engine.GetDataModel());
 }
 
@@ -247,18 +235,6 @@ TEST_F(EngineTest, AFeatureReachingBeyondTheViewIsDrawn) {
   EXPECT_TRUE(scene_->Contains(line));
 }
 
-TEST_F(EngineTest, TheDefaultLimitEndsAPassAfter7001Features) {
-  Populate(100, 100);
-  ASSERT_TRUE(engine_->Start());
-  engine_->OnUpdateRange(MakeExtent(0, 0, 100, 100));
-  ASSERT_TRUE(WaitPasses(1));
-  // Every feature has its own order key, so all 7001 are ranked.
-  EXPECT_EQ(1, log_->Count("ms size=7001"));
-  EXPECT_EQ(7001, engine_->GetPool()->GetRecordCount());
-  EXPECT_TRUE(engine_->Stop());  // entities still being made are dropped with the pool
-  EXPECT_EQ(0, scene_->GetCount());
-}
-
 TEST_F(EngineTest, EqualOrderKeysKeepTheFeatureMetFirst) {
   const std::vector<std::string> features = Populate(4, 3);
   // Two features with the same order number under the same layer have equal keys.
@@ -331,6 +307,21 @@ TEST_F(EngineTest, AFeatureHiddenByItsLayerIsNeitherRecordedNorQueued) {
   ASSERT_TRUE(engine_->Stop());
   EXPECT_EQ(4, events_.Count(551));
   EXPECT_EQ(0, engine_->GetPendingCount());
+}
+
+TEST_F(EngineTest, AFeatureWithoutStatusRowsIsShownAsItsLayerIs) {
+  // As the features of GIS layers are stored: the shape row alone.
+  const std::vector<std::string> features = Populate(4, 3);
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(model_->GetConnection(),
+                                    ("DELETE FROM shape_status; UPDATE shape SET index_id = '' "
+                                     "WHERE uuid = '" + features[0] + "'").c_str(),
+                                    nullptr, nullptr, nullptr));
+  ASSERT_TRUE(engine_->Start());
+  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
+  ASSERT_TRUE(WaitEntities(1));
+  ASSERT_TRUE(WaitPasses(1));
+  EXPECT_EQ(1, log_->Count("ms size=1"));  // the others point at status rows that are gone
+  EXPECT_TRUE(scene_->Contains(features[0]));
 }
 
 TEST_F(EngineTest, ExclusionReleasesTheEntityAndIsRemembered) {

@@ -554,7 +554,9 @@ bool CSpatialiteDBDataModel::IsNodeVisible(const std::string& uuid) {
       CFeatureOption indexes(uuid);
       indexes.SetIndexArrayString(text);
       const std::vector<int64_t> ids = indexes.GetIndexStatus();
-      if (ids.empty()) return false;
+      // Features of GIS layers have only their shape row: with no status of its own a feature is
+      // checked, and its ancestors decide whether it shows.
+      if (ids.empty()) return true;
       const int64_t status = QueryFirstInt("SELECT value FROM shape_status WHERE id in(" +
                                                AnnotationLayerInner::JoinIds(ids) + ")" +
                                                " AND type = 1",
