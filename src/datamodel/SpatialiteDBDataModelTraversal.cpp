@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "AnnotationLayerNS.h"
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "GeometryData.h"
@@ -175,19 +176,35 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelLayerForChildren(IAnnotationDBObject
                                                              const std::string& uuid,
                                                              std::list<std::string>& path) {
   if (db_ == nullptr) return kStop;
+  // A GIS layer stores only the shape rows of its features, no order rows: its sibling list would
+  // hold one feature. Its sub-layers are walked as a list, its features in the order they were
+  // stored.
+  const bool gis = AnnotationLayerNS::IsGISLayer(GetLayerType(uuid));
   bool isLayer = true;
   std::string any = QueryFirstText(
       "SELECT uuid FROM layer WHERE" + std::string(" layer_puuid = '") + uuid + "'" + " Limit 1",
       "[TravelLayerForChildren] Layer-Child:");
-  if (any.empty()) {
+  if (any.empty() && !gis) {
     isLayer = false;
     any = QueryFirstText(
         "SELECT uuid FROM shape WHERE" + std::string(" puuid = '") + uuid + "'" + " Limit 1",
         "[TravelLayerForChildren] Feature-Child:");
   }
-  if (any.empty()) return kContinue;
-  const std::string first = QueryLeftFirstComposite(any, isLayer);
-  return TravelCompositeList(visitor, first, isLayer, path, "[TravelLayerForChildren]:");
+  E_HANDLE_TYPE result = kContinue;
+  if (!any.empty()) {
+    const std::string first = QueryLeftFirstComposite(any, isLayer);
+    result = TravelCompositeList(visitor, first, isLayer, path, "[TravelLayerForChildren]:");
+  }
+  if (!gis || result == kStop) return result;
+  CSqlStatement rows(db_, "SELECT uuid FROM shape WHERE puuid = ? ORDER BY ROWID",
+                     "[TravelLayerForChildren] Feature-Child:");
+  if (!rows.IsValid()) return kStop;
+  rows.BindText(1, uuid, false);
+  while (rows.StepRow()) {
+    result = VisitFeature(visitor, rows.ColumnText(0, false), path);
+    if (result == kStop || visitor->IsAborted()) return kStop;
+  }
+  return result;
 }
 
 namespace {

@@ -1,0 +1,116 @@
+// GIS layers store only the shape row of each feature (no order, status, style or property rows);
+// the tree walk, the node cache, copying and deleting must still take every feature as the
+// layer's child.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "AnnotationFeature.h"
+#include "AnnotationGroup.h"
+#include "FeatureBatchImporter.h"
+#include "LayerBatchCopier.h"
+#include "LayerBatchDeleter.h"
+#include "LayerOption.h"
+#include "NodeCacheCalculator.h"
+#include "SpatialiteDBDataModel.h"
+#include "TestDatabase.h"
+#include "TreeBuilder.h"
+
+namespace {
+
+constexpr int kFeatures = 5;
+
+// Collects the features a walk hands out.
+class FeatureCollector : public IAnnotationDBObjectVisitor {
+ public:
+  E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
+                             const std::string& uuid, const CFeatureOption&) override {
+    uuids.push_back(uuid);
+    return HANDLE_TYPE_CONTINUE;
+  }
+  std::vector<std::string> uuids;
+};
+
+class GisLayerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_.Install(db_.Path()));
+    folder_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "gis");
+    target_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "target");
+    CAnnotationGroup group("places");
+    for (int i = 0; i < kFeatures; ++i) {
+      auto feature = std::make_unique<CAnnotationFeature>(GEOMETRY_DATA_TYPE_POINT);
+      CGeometryData part;
+      part.PushBack(CVector3D(10 + i, 50, 0));
+      feature->AddPart(part);
+      feature->SetName("p" + std::to_string(i));
+      group.AddFeature(std::move(feature));
+    }
+    CFeatureBatchImporter importer(&model_, folder_);
+    ASSERT_TRUE(importer.BeginImport());
+    ASSERT_TRUE(importer.InsertLayer(&group, LAYER_TYPE_GIS_POINT));
+    for (int i = 0; i < kFeatures; ++i) ASSERT_TRUE(importer.InsertFeature(group.GetFeature(i)));
+    ASSERT_TRUE(importer.EndImport());
+    layer_ = model_.GetLastLayerChildUUID(folder_);
+    ASSERT_EQ(LAYER_TYPE_GIS_POINT, model_.GetLayerType(layer_));
+    CNodeCacheCalculator* calculator = model_.GetNodeCacheCalculator();
+    calculator->Refresh();
+    ASSERT_TRUE(calculator->WaitForFinished(10000));
+  }
+
+  std::vector<std::string> Features(const std::string& layer) {
+    FeatureCollector collector;
+    model_.TravelLayerChildren(&collector, layer);
+    return collector.uuids;
+  }
+  int Rows(const std::string& sql) {
+    sqlite3_stmt* stmt = nullptr;
+    sqlite3_prepare_v2(model_.GetConnection(), sql.c_str(), -1, &stmt, nullptr);
+    const int count = sqlite3_step(stmt) == SQLITE_ROW ? sqlite3_column_int(stmt, 0) : -1;
+    sqlite3_finalize(stmt);
+    return count;
+  }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+  std::string folder_, target_, layer_;
+};
+
+}  // namespace
+
+TEST_F(GisLayerTest, EveryFeatureIsWalkedCountedAndVisible) {
+  ASSERT_EQ(0, Rows("SELECT COUNT(*) FROM shape_order"));  // as GIS layers store them
+  const std::vector<std::string> features = Features(layer_);
+  ASSERT_EQ(static_cast<size_t>(kFeatures), features.size());
+  EXPECT_EQ(kFeatures, model_.CountChildren(layer_, NODE_KIND_LAYER));
+  for (const std::string& uuid : features) {
+    EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(uuid).IsVisible()) << uuid;
+  }
+  // The layer's check state still rules them.
+  CLayerOption option = model_.QueryLayerOption(layer_);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_.ModifyLayerOption(option));
+  EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(features[0]).IsVisible());
+}
+
+TEST_F(GisLayerTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
+  CLayerBatchCopier copier(&model_);
+  ASSERT_TRUE(copier.BeginCopy(nullptr));
+  std::string copy;
+  ASSERT_TRUE(copier.CopyNode(layer_, target_, &copy));
+  ASSERT_TRUE(copier.EndCopy());
+  EXPECT_EQ(static_cast<size_t>(kFeatures), Features(copy).size());
+  EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + copy + "'"));
+
+  CLayerBatchDeleter deleter(&model_);
+  deleter.BeginDelete(false, nullptr);
+  ASSERT_TRUE(deleter.BatchDeleteLayer(layer_));
+  deleter.EndDelete();
+  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layer_ + "'"));
+  EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape"));  // the copy's
+}
