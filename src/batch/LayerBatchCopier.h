@@ -10,7 +10,9 @@
 //   copier.EndCopy();
 //
 // A folder goes under a folder, a layer under a folder or a layer, a feature under a layer; a
-// node cannot be copied into its own subtree.
+// node cannot be copied into its own subtree (such a CopyNode fails and changes nothing). A
+// CopyNode that fails on any row of its subtree, or is cancelled, rolls back everything copied
+// since BeginCopy and leaves the copier idle: no partial copy is ever committed.
 //
 // The class is a handle: copies share one implementation, which lives as long as any handle; a
 // copy still in progress when the last handle goes is discarded.

@@ -44,8 +44,10 @@ bool CLayerBatchCopierImpl::CopyNode(const std::string& sourceUuid,
   });
   const bool copied = copier.Copy(sourceUuid, targetParentUuid, copyUuid);
   copied_ += copier.GetCopiedCount();
-  // A cancelled copy is undone whole, with everything copied since BeginCopy.
-  if (copier.IsCancelled()) DiscardCopy();
+  // A cancelled copy, and one that failed after writing part of its subtree, is undone whole,
+  // with everything copied since BeginCopy: no half-copied subtree is ever committed. A refused
+  // placement wrote nothing and leaves the copier as it was.
+  if (copier.IsCancelled() || (!copied && copier.HasWritten())) DiscardCopy();
   return copied;
 }
 

@@ -1,8 +1,10 @@
 // CLayerBatchTransfer moves or copies a folder, layer or feature with its whole subtree from one
 // data model into another (or within one): the copy is written in one transaction of the target
 // model and becomes the last child of its new parent; then, when asked, the original is deleted
-// from the source in a transaction of its own. A failed deletion leaves both (no data is lost);
-// a failed copy leaves the target as it was and the source untouched.
+// from the source in a transaction of its own, and only when the committed copy holds as many
+// folders, layers and features as the original. A failed deletion or an incomplete copy leaves
+// both and fails (no data is lost); a failed copy leaves the target as it was and the source
+// untouched.
 //
 // The class is a handle: copies share one implementation, which lives as long as any handle.
 //

@@ -47,15 +47,27 @@ bool CLayerBatchTransferImpl::Transfer(const std::string& sourceUuid,
 
   bool deleted = true;
   if (deleteSource) {
-    switch (kind) {
-      case NODE_KIND_FOLDER: deleted = source_->DeleteFolder(sourceUuid); break;
-      case NODE_KIND_LAYER: deleted = source_->DeleteLayer(sourceUuid); break;
-      default: deleted = source_->DeleteFeature(sourceUuid); break;
+    // The original goes only when the committed copy holds all of it.
+    const CNodeTreeCopier::SubtreeCount original = CNodeTreeCopier::CountSubtree(source_, sourceUuid);
+    const CNodeTreeCopier::SubtreeCount copied = CNodeTreeCopier::CountSubtree(target_, copy);
+    if (!(original == copied)) {
+      ZuLogError(-1) << "[Transfer] the copy of " << sourceUuid << " is incomplete ("
+                     << copied.folders << "/" << original.folders << " folders, " << copied.layers
+                     << "/" << original.layers << " layers, " << copied.features << "/"
+                     << original.features << " features); the original stays";
+      deleted = false;
+    } else {
+      switch (kind) {
+        case NODE_KIND_FOLDER: deleted = source_->DeleteFolder(sourceUuid); break;
+        case NODE_KIND_LAYER: deleted = source_->DeleteLayer(sourceUuid); break;
+        default: deleted = source_->DeleteFeature(sourceUuid); break;
+      }
+      if (!deleted) ZuLogError(-1) << "[Transfer] the original " << sourceUuid << " stays";
     }
-    if (!deleted) ZuLogError(-1) << "[Transfer] the original " << sourceUuid << " stays";
   }
   // Deleting a folder or layer of the same model has rebuilt its node cache already.
-  const bool refreshedByDelete = deleteSource && source_ == target_ && kind != NODE_KIND_FEATURE;
+  const bool refreshedByDelete =
+      deleted && deleteSource && source_ == target_ && kind != NODE_KIND_FEATURE;
   if (!refreshedByDelete) {
     if (CNodeCacheCalculator* calculator = target_->GetNodeCacheCalculator()) {
       calculator->Refresh();

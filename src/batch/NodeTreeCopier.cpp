@@ -46,6 +46,38 @@ class ChildList : public IAnnotationDBObjectVisitor {
   std::vector<Child> children;
 };
 
+// Counts every node a walk hands out, descending into all of them.
+class NodeCounter : public IAnnotationDBObjectVisitor {
+ public:
+  E_HANDLE_TYPE ApplyFolder(IAnnotationDBDataModel*, const std::list<std::string>&,
+                            const std::string&, const CFolderOption&) override {
+    ++count.folders;
+    return HANDLE_TYPE_CONTINUE;
+  }
+  E_HANDLE_TYPE ApplyLayer(IAnnotationDBDataModel*, const std::list<std::string>&,
+                           const std::string&, const CLayerOption&) override {
+    ++count.layers;
+    return HANDLE_TYPE_CONTINUE;
+  }
+  E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
+                             const std::string&, const CFeatureOption&) override {
+    ++count.features;
+    return HANDLE_TYPE_CONTINUE;
+  }
+  bool IsOnlyUUID() override { return true; }
+  CNodeTreeCopier::SubtreeCount count;
+};
+
+// Steps a read that yields at most one row: 1 for a row, 0 for none, -1 for a failure (logged).
+int StepOptionalRow(CSqlStatement& read) {
+  if (!read.IsValid()) return -1;
+  const int rc = read.Step();
+  if (rc == SQLITE_ROW) return 1;
+  if (rc == SQLITE_DONE) return 0;
+  read.LogError();
+  return -1;
+}
+
 // A copy of `fields` whose every field counts as set, so that writing it inserts every row.
 void MarkAllChanged(const CZuFieldSetObject& fields, CZuFieldSetObject& changed) {
   for (const CZuFieldSetObject::__tagField& field : AnnotationLayerInner::CollectFields(fields)) {
@@ -57,6 +89,24 @@ void MarkAllChanged(const CZuFieldSetObject& fields, CZuFieldSetObject& changed)
 
 CNodeTreeCopier::CNodeTreeCopier(CSpatialiteDBDataModel* source, CSpatialiteDBDataModel* target)
     : source_(source), target_(target) {}
+
+CNodeTreeCopier::SubtreeCount CNodeTreeCopier::CountSubtree(CSpatialiteDBDataModel* model,
+                                                            const std::string& uuid) {
+  NodeCounter counter;
+  switch (model->QueryNodeKind(uuid)) {
+    case NODE_KIND_FOLDER:
+      ++counter.count.folders;
+      model->TravelFolder(&counter, uuid);
+      break;
+    case NODE_KIND_LAYER:
+      ++counter.count.layers;
+      model->TravelLayerChildren(&counter, uuid);
+      break;
+    case NODE_KIND_FEATURE: ++counter.count.features; break;
+    default: break;
+  }
+  return counter.count;
+}
 
 bool CNodeTreeCopier::Counted(const std::string& name) {
   ++copied_;
@@ -121,7 +171,7 @@ bool CNodeTreeCopier::Copy(const std::string& sourceUuid, const std::string& tar
     default: copy = CopyFeature(sourceUuid, targetParent, last, lastIsLayer, order); break;
   }
   if (copy.empty()) return false;
-  if (!last.empty()) LinkRight(lastKind, last, copy, kind == NODE_KIND_LAYER);
+  if (!last.empty() && !LinkRight(lastKind, last, copy, kind == NODE_KIND_LAYER)) return false;
   if (copyUuid != nullptr) *copyUuid = copy;
   return !cancelled_;
 }
@@ -136,9 +186,10 @@ std::string CNodeTreeCopier::CopyFolder(const std::string& uuid, const std::stri
   copy.ChangeMask(original.GetStatusMask());
   copy.SetLeftUUID(left);
   copy.SetOrderNum(order);
+  written_ = true;
   if (!target_->InsertFolder(copy)) return std::string();
   if (!Counted(original.GetName())) return copy.GetUUID();
-  CopyChildrenOfFolder(uuid, copy.GetUUID());
+  if (!CopyChildrenOfFolder(uuid, copy.GetUUID()) && !cancelled_) return std::string();
   return copy.GetUUID();
 }
 
@@ -159,11 +210,13 @@ std::string CNodeTreeCopier::CopyLayer(const std::string& uuid, const std::strin
   copy.SetPropertyHeader(original.GetPropertyHeader());
   copy.SetLeftUUID(left, leftIsLayer);
   copy.SetOrderNum(order);
-  if (!target_->InsertLayer(copy)) return std::string();
-  CopyStyle(uuid, copy.GetUUID(), true);
-  CopyFields(uuid, copy.GetUUID(), true);
+  written_ = true;
+  if (!target_->InsertLayer(copy) || !CopyStyle(uuid, copy.GetUUID(), true) ||
+      !CopyFields(uuid, copy.GetUUID(), true)) {
+    return std::string();
+  }
   if (!Counted(original.GetName())) return copy.GetUUID();
-  CopyChildrenOfLayer(uuid, copy.GetUUID());
+  if (!CopyChildrenOfLayer(uuid, copy.GetUUID()) && !cancelled_) return std::string();
   return copy.GetUUID();
 }
 
@@ -177,12 +230,12 @@ std::string CNodeTreeCopier::CopyFeature(const std::string& uuid, const std::str
   copy.ChangeMask(original.GetStatusMask());
   copy.SetLeftUUID(left, leftIsLayer);
   copy.SetOrderNum(order);
-  if (!target_->InsertFeature(copy, nullptr)) return std::string();
-  CopyGeometry(uuid, copy.GetUUID());
-  CopyStyle(uuid, copy.GetUUID(), false);
-  CopyFields(uuid, copy.GetUUID(), false);
-  CopyFields(uuid, copy.GetUUID(), true);
-  CopyEnclosures(uuid, copy.GetUUID());
+  written_ = true;
+  if (!target_->InsertFeature(copy, nullptr) || !CopyGeometry(uuid, copy.GetUUID()) ||
+      !CopyStyle(uuid, copy.GetUUID(), false) || !CopyFields(uuid, copy.GetUUID(), false) ||
+      !CopyFields(uuid, copy.GetUUID(), true) || !CopyEnclosures(uuid, copy.GetUUID())) {
+    return std::string();
+  }
   Counted(original.GetName());
   return copy.GetUUID();
 }
@@ -197,12 +250,16 @@ bool CNodeTreeCopier::CopyChildrenOfFolder(const std::string& uuid, const std::s
     if (child.kind == NODE_KIND_FOLDER) {
       const std::string copied = CopyFolder(child.uuid, copy, lastFolder, folderOrder++);
       if (copied.empty()) return false;
-      if (!lastFolder.empty()) LinkRight(NODE_KIND_FOLDER, lastFolder, copied, false);
+      if (!lastFolder.empty() && !LinkRight(NODE_KIND_FOLDER, lastFolder, copied, false)) {
+        return false;
+      }
       lastFolder = copied;
     } else if (child.kind == NODE_KIND_LAYER) {
       const std::string copied = CopyLayer(child.uuid, copy, false, lastLayer, true, layerOrder++);
       if (copied.empty()) return false;
-      if (!lastLayer.empty()) LinkRight(NODE_KIND_LAYER, lastLayer, copied, true);
+      if (!lastLayer.empty() && !LinkRight(NODE_KIND_LAYER, lastLayer, copied, true)) {
+        return false;
+      }
       lastLayer = copied;
     }
   }
@@ -223,8 +280,9 @@ bool CNodeTreeCopier::CopyChildrenOfLayer(const std::string& uuid, const std::st
                 : CopyFeature(child.uuid, copy, last, lastIsLayer, order);
     ++order;
     if (copied.empty()) return false;
-    if (!last.empty()) {
-      LinkRight(lastIsLayer ? NODE_KIND_LAYER : NODE_KIND_FEATURE, last, copied, isLayer);
+    if (!last.empty() &&
+        !LinkRight(lastIsLayer ? NODE_KIND_LAYER : NODE_KIND_FEATURE, last, copied, isLayer)) {
+      return false;
     }
     last = copied;
     lastIsLayer = isLayer;
@@ -232,80 +290,82 @@ bool CNodeTreeCopier::CopyChildrenOfLayer(const std::string& uuid, const std::st
   return true;
 }
 
-void CNodeTreeCopier::LinkRight(E_NODE_KIND kind, const std::string& node,
+bool CNodeTreeCopier::LinkRight(E_NODE_KIND kind, const std::string& node,
                                 const std::string& right, bool rightIsLayer) {
   if (kind == NODE_KIND_FOLDER) {
     CFolderOption option = target_->QueryFolderOption(node);
     option.SetRightUUID(right);
-    target_->ModifyFolderOption(option);
-  } else if (kind == NODE_KIND_LAYER) {
+    return target_->ModifyFolderOption(option);
+  }
+  if (kind == NODE_KIND_LAYER) {
     CLayerOption option = target_->QueryLayerOption(node);
     option.SetRightUUID(right, rightIsLayer);
-    target_->ModifyLayerOption(option);
-  } else {
-    CFeatureOption option = target_->QueryFeatureOption(node);
-    option.SetRightUUID(right, rightIsLayer);
-    target_->ModifyFeatureOption(option);
+    return target_->ModifyLayerOption(option);
   }
+  CFeatureOption option = target_->QueryFeatureOption(node);
+  option.SetRightUUID(right, rightIsLayer);
+  return target_->ModifyFeatureOption(option);
 }
 
 // Style rows are copied as stored (format and JSON text), not decoded and encoded again.
-void CNodeTreeCopier::CopyStyle(const std::string& uuid, const std::string& copy, bool isLayer) {
+bool CNodeTreeCopier::CopyStyle(const std::string& uuid, const std::string& copy, bool isLayer) {
   const std::string table = isLayer ? "layer_style" : "shape_style";
   CSqlStatement read(source_->GetConnection(),
                      "SELECT format, content FROM " + table + " WHERE puuid = '" + uuid + "'",
                      kTag);
-  if (!read.StepRow()) return;
+  const int row = StepOptionalRow(read);
+  if (row <= 0) return row == 0;
   CSqlStatement write(target_->GetConnection(),
                       "INSERT INTO 'main'.'" + table +
                           "' ( 'puuid', 'format', 'content') VALUES ( ?, ?, ?)",
                       kTag);
-  if (!write.IsValid()) return;
+  if (!write.IsValid()) return false;
   write.BindText(1, copy, false);
   write.BindInt(2, read.ColumnInt(0));
   write.BindText(3, read.ColumnText(1, false), false);
-  write.StepDone();
+  return write.StepDone();
 }
 
-void CNodeTreeCopier::CopyFields(const std::string& uuid, const std::string& copy,
+bool CNodeTreeCopier::CopyFields(const std::string& uuid, const std::string& copy,
                                  bool userData) {
   CZuFieldSetObject fields;
   const bool read = userData ? source_->QueryUserData(uuid, fields) : source_->QueryField(uuid, fields);
-  if (!read || fields.IsEmpty()) return;
+  // A node without rows reads as an empty set; a failed read has been logged by the model.
+  if (!read) return false;
+  if (fields.IsEmpty()) return true;
   CZuFieldSetObject changed;
   MarkAllChanged(fields, changed);
-  if (userData) {
-    target_->ModifyOrInsertUserData(copy, changed);
-  } else {
-    target_->ModifyOrInsertField(copy, changed);
-  }
+  return userData ? target_->ModifyOrInsertUserData(copy, changed)
+                  : target_->ModifyOrInsertField(copy, changed);
 }
 
 // The blob is copied byte for byte: it is SpatiaLite's own form in both databases.
-void CNodeTreeCopier::CopyGeometry(const std::string& uuid, const std::string& copy) {
+bool CNodeTreeCopier::CopyGeometry(const std::string& uuid, const std::string& copy) {
   CSqlStatement read(source_->GetConnection(),
                      "SELECT geom FROM shape WHERE uuid = '" + uuid + "' AND geom IS NOT NULL",
                      kTag);
-  if (!read.StepRow()) return;
+  const int row = StepOptionalRow(read);
+  if (row <= 0) return row == 0;
   CSqlStatement write(target_->GetConnection(),
                       "UPDATE 'main'.'shape' SET 'geom'=? WHERE uuid = '" + copy + "'", kTag);
-  if (!write.IsValid()) return;
+  if (!write.IsValid()) return false;
   write.BindBlob(1, read.ColumnBlob(0), read.ColumnBytes(0));
-  write.StepDone();
+  return write.StepDone();
 }
 
-void CNodeTreeCopier::CopyEnclosures(const std::string& uuid, const std::string& copy) {
+bool CNodeTreeCopier::CopyEnclosures(const std::string& uuid, const std::string& copy) {
   std::string indexText;
   {
     CSqlStatement index(source_->GetConnection(),
                         "SELECT index_id FROM shape WHERE uuid = '" + uuid + "'", kTag);
-    if (!index.StepRow()) return;
+    const int row = StepOptionalRow(index);
+    if (row <= 0) return row == 0;
     indexText = index.ColumnText(0, false);
   }
   CFeatureOption original;
   original.SetIndexArrayString(indexText);
   const std::vector<int64_t> ids = original.GetIndexEnclosure();
-  if (ids.empty()) return;
+  if (ids.empty()) return true;
   sqlite3* target = target_->GetConnection();
   CSqlStatement read(source_->GetConnection(),
                      "SELECT type, description, local_path, url, content FROM shape_enclosure "
@@ -315,9 +375,10 @@ void CNodeTreeCopier::CopyEnclosures(const std::string& uuid, const std::string&
                       "INSERT INTO 'main'.'shape_enclosure' ( 'puuid', 'type', 'description', "
                       "'local_path', 'url', 'content') VALUES ( ?, ?, ?, ?, ?, ?)",
                       kTag);
-  if (!read.IsValid() || !write.IsValid()) return;
+  if (!read.IsValid() || !write.IsValid()) return false;
   std::vector<int64_t> copiedIds;
-  while (read.StepRow()) {
+  int rc;
+  while ((rc = read.Step()) == SQLITE_ROW) {
     write.BindText(1, copy, false);
     write.BindInt(2, read.ColumnInt(0));
     for (int column = 1; column <= 3; ++column) {
@@ -328,13 +389,18 @@ void CNodeTreeCopier::CopyEnclosures(const std::string& uuid, const std::string&
     } else {
       write.BindBlob(6, read.ColumnBlob(4), read.ColumnBytes(4));
     }
-    if (write.StepDone()) copiedIds.push_back(sqlite3_last_insert_rowid(target));
+    if (!write.StepDone()) return false;
+    copiedIds.push_back(sqlite3_last_insert_rowid(target));
     write.Reset();
+  }
+  if (rc != SQLITE_DONE) {
+    read.LogError();
+    return false;
   }
   std::string copyIndex;
   {
     CSqlStatement index(target, "SELECT index_id FROM shape WHERE uuid = '" + copy + "'", kTag);
-    if (!index.StepRow()) return;
+    if (!index.StepRow()) return false;
     copyIndex = index.ColumnText(0, false);
   }
   CFeatureOption withEnclosures;
@@ -346,7 +412,7 @@ void CNodeTreeCopier::CopyEnclosures(const std::string& uuid, const std::string&
                        std::string("UPDATE 'main'.'shape' SET") + " 'index_id'=? WHERE uuid = '" +
                            copy + "'",
                        kTag);
-  if (!update.IsValid()) return;
+  if (!update.IsValid()) return false;
   update.BindText(1, rebuilt.GetIndexArrayString(), false);
-  update.StepDone();
+  return update.StepDone();
 }

@@ -30,11 +30,23 @@ class CNodeTreeCopier {
 
   void SetProgress(Progress progress) { progress_ = std::move(progress); }
   // Copies `sourceUuid` under `targetParent`; the copy's uuid goes to `copyUuid`. False when the
-  // placement is not allowed, a node row could not be written, or the progress cancelled; what
-  // was copied before stays in the caller's transaction.
+  // placement is not allowed, any row of the subtree (node, order link, style, field, user data,
+  // geometry, enclosure) could not be read or written, or the progress cancelled; what was
+  // written before stays in the caller's transaction, for the caller to roll back.
   bool Copy(const std::string& sourceUuid, const std::string& targetParent, std::string* copyUuid);
   int GetCopiedCount() const { return copied_; }
   bool IsCancelled() const { return cancelled_; }
+  // Whether Copy wrote anything to the target (a refused placement writes nothing).
+  bool HasWritten() const { return written_; }
+
+  // The folders, layers and features of the subtree at `uuid`, the node itself included.
+  struct SubtreeCount {
+    int folders = 0, layers = 0, features = 0;
+    bool operator==(const SubtreeCount& o) const {
+      return folders == o.folders && layers == o.layers && features == o.features;
+    }
+  };
+  static SubtreeCount CountSubtree(CSpatialiteDBDataModel* model, const std::string& uuid);
 
  private:
   // Each copies one node below `parent` after `left` (a layer when `leftIsLayer`) with order
@@ -48,12 +60,13 @@ class CNodeTreeCopier {
   bool CopyChildrenOfFolder(const std::string& uuid, const std::string& copy);
   bool CopyChildrenOfLayer(const std::string& uuid, const std::string& copy);
   // Points the right neighbour of `node` at `right` in the target.
-  void LinkRight(E_NODE_KIND kind, const std::string& node, const std::string& right,
+  // These return false on a failed statement; a node with nothing to copy is a success.
+  bool LinkRight(E_NODE_KIND kind, const std::string& node, const std::string& right,
                  bool rightIsLayer);
-  void CopyStyle(const std::string& uuid, const std::string& copy, bool isLayer);
-  void CopyFields(const std::string& uuid, const std::string& copy, bool userData);
-  void CopyGeometry(const std::string& uuid, const std::string& copy);
-  void CopyEnclosures(const std::string& uuid, const std::string& copy);
+  bool CopyStyle(const std::string& uuid, const std::string& copy, bool isLayer);
+  bool CopyFields(const std::string& uuid, const std::string& copy, bool userData);
+  bool CopyGeometry(const std::string& uuid, const std::string& copy);
+  bool CopyEnclosures(const std::string& uuid, const std::string& copy);
   bool Counted(const std::string& name);
 
   CSpatialiteDBDataModel* source_;
@@ -61,6 +74,7 @@ class CNodeTreeCopier {
   Progress progress_;
   int copied_ = 0;
   bool cancelled_ = false;
+  bool written_ = false;
 };
 
 #endif  // ANNOTATIONLAYER_NODE_TREE_COPIER_H

@@ -1,6 +1,7 @@
-// GIS layers store only the shape row of each feature (no order, status, style or property rows);
-// the tree walk, the node cache, copying and deleting must still take every feature as the
-// layer's child.
+// Copies and moves that lose nothing: GIS layers store only the shape row of each feature (no
+// order, status, style or property rows), and the tree walk, the node cache, copying and deleting
+// must still take every feature as the layer's child; a copy that fails on any row is undone whole
+// and a move then keeps its original.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
@@ -14,11 +15,14 @@
 #include "FeatureBatchImporter.h"
 #include "LayerBatchCopier.h"
 #include "LayerBatchDeleter.h"
+#include "LayerBatchTransfer.h"
 #include "LayerOption.h"
 #include "NodeCacheCalculator.h"
+#include "PointGrid.h"
 #include "SpatialiteDBDataModel.h"
 #include "TestDatabase.h"
 #include "TreeBuilder.h"
+#include "ZuLog.h"
 
 namespace {
 
@@ -35,7 +39,7 @@ class FeatureCollector : public IAnnotationDBObjectVisitor {
   std::vector<std::string> uuids;
 };
 
-class GisLayerTest : public ::testing::Test {
+class LosslessCopyTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(db_.IsValid());
@@ -83,7 +87,7 @@ class GisLayerTest : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(GisLayerTest, EveryFeatureIsWalkedCountedAndVisible) {
+TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedAndVisible) {
   ASSERT_EQ(0, Rows("SELECT COUNT(*) FROM shape_order"));  // as GIS layers store them
   const std::vector<std::string> features = Features(layer_);
   ASSERT_EQ(static_cast<size_t>(kFeatures), features.size());
@@ -98,7 +102,7 @@ TEST_F(GisLayerTest, EveryFeatureIsWalkedCountedAndVisible) {
   EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(features[0]).IsVisible());
 }
 
-TEST_F(GisLayerTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
+TEST_F(LosslessCopyTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
   CLayerBatchCopier copier(&model_);
   ASSERT_TRUE(copier.BeginCopy(nullptr));
   std::string copy;
@@ -113,4 +117,33 @@ TEST_F(GisLayerTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
   deleter.EndDelete();
   EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layer_ + "'"));
   EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape"));  // the copy's
+}
+
+TEST_F(LosslessCopyTest, ACopyFailingOnAnyRowIsUndoneWholeAndAMoveKeepsItsOriginal) {
+  std::vector<std::string> layers;
+  ASSERT_TRUE(ImportPointGrid(&model_, folder_, "styled", SPointGrid{3, 1}, 50, &layers));
+  CLayerBatchCopier copier(&model_);
+  ASSERT_TRUE(copier.BeginCopy(nullptr));
+  ASSERT_TRUE(copier.CopyNode(layers[0], target_));
+  // From now on no geometry can be written (the trigger goes with a rollback, so it is made again).
+  const auto noRoom = [this] {
+    return sqlite3_exec(model_.GetConnection(),
+                        "CREATE TEMP TRIGGER IF NOT EXISTS no_room BEFORE UPDATE OF geom ON shape "
+                        "BEGIN SELECT RAISE(ABORT, 'no room'); END",
+                        nullptr, nullptr, nullptr);
+  };
+  ASSERT_EQ(SQLITE_OK, noRoom());
+  CZuLogCapture log;
+  EXPECT_FALSE(copier.CopyNode(layers[0], target_));
+  EXPECT_GE(log.Count("[CopyNode]:"), 1);
+  EXPECT_FALSE(copier.IsCopying());  // the first copy went with the failed one
+  EXPECT_TRUE(model_.GetLastLayerChildUUID(target_).empty());
+
+  ASSERT_EQ(SQLITE_OK, noRoom());
+  CLayerBatchTransfer transfer(&model_, &model_);
+  EXPECT_FALSE(transfer.Transfer(layers[0], target_, true));
+  EXPECT_TRUE(model_.GetLastLayerChildUUID(target_).empty());
+  EXPECT_EQ(3, model_.CountChildren(layers[0], NODE_KIND_LAYER));
+  EXPECT_EQ(3, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layers[0] +
+                    "' AND geom IS NOT NULL"));
 }
