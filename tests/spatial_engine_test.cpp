@@ -60,6 +60,7 @@ class EngineTest : public ::testing::Test {
     ASSERT_NE(nullptr, engine);
     engine_ = static_cast<CAnnotationSpatialEngine*>(engine);
     engine_->SetAttachParam(kView);
+    engine_->SetCreatorPause(0);
     engine_->SetListener(&listener_);
   }
   void TearDown() override {
@@ -129,6 +130,9 @@ TEST_F(EngineTest, InitialisationAndCallsBeforeStart) {
   EXPECT_FALSE(engine.Start());  // no model
   EXPECT_EQ(1, engine.GetAttachParam());
   EXPECT_EQ(7000, engine.GetMaxPerPass());
+  EXPECT_EQ(10, engine.GetCreatorPause());
+  engine.SetCreatorPause(-5);
+  EXPECT_EQ(0, engine.GetCreatorPause());
   ASSERT_TRUE(engine.Initialize("named", model_.get()));
   EXPECT_GT(engine.GetID(), 0);
   EXPECT_NE(engine_->GetID(), engine.GetID());

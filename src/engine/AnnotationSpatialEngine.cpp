@@ -1,5 +1,7 @@
 #include "AnnotationSpatialEngine.h"
 
+#include <algorithm>
+
 #include <QString>
 #include <QVariant>
 
@@ -29,7 +31,6 @@ constexpr int kNormalPriority = 120;
 constexpr int kReserved = 102400;
 constexpr int kPassSleepMs = 10;
 constexpr int kTraversalIdleMs = 200;
-constexpr int kCreatorSleepMs = 10;
 constexpr int kCreatorIdleMs = 100;
 
 CNodeAttribute VisibleAttribute() {
@@ -254,6 +255,14 @@ bool CAnnotationSpatialEngine::IsFeatureExcluded(const std::string& uuid) {
   return excludedFeatures_.count(uuid) != 0;
 }
 
+void CAnnotationSpatialEngine::SetCreatorPause(int milliseconds) {
+  creatorPauseMs_.store(std::max(0, milliseconds), std::memory_order_relaxed);
+}
+
+int CAnnotationSpatialEngine::GetCreatorPause() {
+  return creatorPauseMs_.load(std::memory_order_relaxed);
+}
+
 int CAnnotationSpatialEngine::GetPendingCount() {
   CCriticalLockGuard guard(pendingLock_.get());
   return static_cast<int>(pendingFeatures_.size());
@@ -276,7 +285,12 @@ void CAnnotationSpatialEngine::OnRunTaskEx(CTaskEx* task) {
   }
   while (!task->IsStopped() && started_.load(std::memory_order_relaxed)) {
     const bool took = RunCreationStep();
-    task->SleepWhileRunning(took ? kCreatorSleepMs : kCreatorIdleMs);
+    const int pause = creatorPauseMs_.load(std::memory_order_relaxed);
+    if (!took) {
+      task->SleepWhileRunning(kCreatorIdleMs);
+    } else if (pause > 0) {
+      task->SleepWhileRunning(pause);
+    }
   }
 }
 

@@ -55,6 +55,7 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   static constexpr int kDefaultMaxPerPass = 7000;
   static constexpr int kEntityLimit = 21000;
   static constexpr int kCreatorCount = 8;
+  static constexpr int kDefaultCreatorPauseMs = 10;
 
   CAnnotationSpatialEngine();
   // Stops the engine if the owner did not.
@@ -86,6 +87,8 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   void UpdateFeature(const std::string& uuid) override;
   bool SetFeatureExcluded(const std::string& uuid, bool excluded) override;
   bool IsFeatureExcluded(const std::string& uuid) override;
+  void SetCreatorPause(int milliseconds) override;
+  int GetCreatorPause() override;
 
   // For diagnostics and tests, on the host's thread: the pool (null while stopped), the number of
   // queued features, the engine's tasks (traversal first) and the number of passes run.
@@ -144,6 +147,7 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   std::unique_ptr<CCriticalLock> excludedLock_;
   std::set<std::string> excludedFeatures_;
   std::atomic<int> passCount_{0};
+  std::atomic<int> creatorPauseMs_{kDefaultCreatorPauseMs};
 };
 
 #endif  // ANNOTATIONLAYER_ANNOTATION_SPATIAL_ENGINE_H

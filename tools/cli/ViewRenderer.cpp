@@ -90,6 +90,7 @@ bool CViewRenderer::Start(const std::string& name, int timeoutMs, std::string* e
     return false;
   }
   engine_->SetAttachParam(scene_->GetID());
+  engine_->SetCreatorPause(0);  // a picture wants every entity as soon as possible
   events_ = std::make_unique<CEntityEventCounter>(engine_->GetID());
   if (!engine_->Start()) {
     *error = "the spatial engine did not start";
