@@ -45,7 +45,8 @@ bool COutputStaging::Publish(std::string* error) {
   for (const fs::directory_entry& entry : fs::directory_iterator(directory_, ec)) {
     written.push_back(entry.path().filename());
     // symlink_status: a dangling link is a name in use too.
-    if (fs::exists(fs::symlink_status(fs::path(target_) / written.back(), ec))) {
+    std::error_code absent;
+    if (fs::exists(fs::symlink_status(fs::path(target_) / written.back(), absent))) {
       taken += (taken.empty() ? "" : ", ") + (fs::path(target_) / written.back()).string();
     }
   }
