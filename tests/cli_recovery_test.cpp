@@ -3,8 +3,6 @@
 // side files exist, a CSV whose coordinates are in columns. Each runs the built tool as a child
 // process on real files.
 #include <gtest/gtest.h>
-
-#include <gdal_priv.h>
 #include <signal.h>
 #include <sqlite3.h>
 
@@ -16,12 +14,6 @@
 #include "TestDatabase.h"
 
 namespace {
-
-class GdalDrivers : public ::testing::Environment {
- public:
-  void SetUp() override { GDALAllRegister(); }
-};
-const auto* const kGdal = ::testing::AddGlobalTestEnvironment(new GdalDrivers);
 
 // Runs the tool with standard error on a terminal, where progress and notices show; `watch` sees
 // that output as it grows and may signal the tool.
@@ -90,9 +82,8 @@ TEST_F(CliRecoveryTest, EveryCommandOpensADatabaseWhoseWriterWasKilled) {
   ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 60000)}));
   const std::string journal = db_ + "-journal";
   bool killed = false;
-  RunWatched({"import", db_, source}, SignalWhen(SIGKILL, &killed, [&](const std::string&) {
-               return FileExists(journal);
-             }));
+  RunWatched({"import", db_, source},
+             SignalWhen(SIGKILL, &killed, [&](const std::string&) { return FileExists(journal); }));
   ASSERT_TRUE(killed) << "the import ended before its journal appeared";
   const std::string dbBytes = ReadFileBytes(db_), journalBytes = ReadFileBytes(journal);
   ASSERT_FALSE(journalBytes.empty());
@@ -126,7 +117,8 @@ TEST_F(CliRecoveryTest, InterruptedDeleteAndRenumberingLeaveTheDatabaseAsItWas) 
   // Unassigned numbers give the renumbering work to do (and something to take back).
   ASSERT_TRUE(Exec(db_, "UPDATE shape_order SET order_num = -1 WHERE rowid % 2 = 0"));
   const std::string kOrders =
-      "SELECT group_concat(uuid || ':' || order_num) FROM (SELECT * FROM shape_order ORDER BY uuid)";
+      "SELECT group_concat(uuid || ':' || order_num) FROM (SELECT * FROM shape_order ORDER BY "
+      "uuid)";
   const std::string before = QueryScalar(db_, kOrders);
   const struct {
     std::vector<std::string> args;
@@ -134,16 +126,18 @@ TEST_F(CliRecoveryTest, InterruptedDeleteAndRenumberingLeaveTheDatabaseAsItWas) 
     const char* message;
   } kCases[] = {
       {{"delete", db_, layer}, "\rdelete many", "interrupted; nothing was deleted"},
-      {{"rebuild-order", db_, root_, "--recursive"}, "\rrebuild-order",
+      {{"rebuild-order", db_, root_, "--recursive"},
+       "\rrebuild-order",
        "interrupted; nothing was renumbered"},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.args[0]);
     bool sent = false;
     const std::string progress = c.progress;
-    const CProcessResult result = RunWatched(c.args, SignalWhen(SIGINT, &sent, [&](const std::string& err) {
-      return err.find(progress) != std::string::npos;
-    }));
+    const CProcessResult result =
+        RunWatched(c.args, SignalWhen(SIGINT, &sent, [&](const std::string& err) {
+                     return err.find(progress) != std::string::npos;
+                   }));
     ASSERT_TRUE(sent) << result.err;
     EXPECT_EQ(result.exitCode, 130) << result.err;
     EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
@@ -182,8 +176,9 @@ TEST_F(CliRecoveryTest, ALockedDatabaseIsWaitedFor) {
     sqlite3_close(other);
     EXPECT_TRUE(waited) << result.err;
     EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
-    if (!c.release) EXPECT_NE(result.err.find("is locked by another process that is writing it"),
-                              std::string::npos);
+    if (!c.release)
+      EXPECT_NE(result.err.find("is locked by another process that is writing it"),
+                std::string::npos);
   }
   EXPECT_EQ(Count("layer"), "2");
 }
@@ -234,8 +229,7 @@ TEST_F(CliRecoveryTest, CsvImportTakesOpenOptionsAndRefusesAnEmptyResult) {
       {{"import", db_, csv}, 1, "no feature to import (2 skipped, 2 without geometry)"},
       {{"import", db_, empty}, 1, "the source gave no feature to import; nothing was imported"},
       {{"import", db_, csv, "--oo", "X_POSSIBLE_NAMES"}, 2, "--oo wants NAME=VALUE"},
-      {{"import", db_, csv, "--oo", "X_POSSIBLE_NAMES=lng", "--oo=Y_POSSIBLE_NAMES=lat"}, 0,
-       ""},
+      {{"import", db_, csv, "--oo", "X_POSSIBLE_NAMES=lng", "--oo=Y_POSSIBLE_NAMES=lat"}, 0, ""},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.args.back());
