@@ -14,16 +14,21 @@ CArgumentParser::CArgumentParser(std::string command, std::string summary)
     : command_(std::move(command)), summary_(std::move(summary)) {}
 
 void CArgumentParser::AddPositional(const std::string& name, const std::string& help) {
-  positionals_.push_back(Declaration{name, std::string(), help, 0});
+  positionals_.push_back(Declaration{name, std::string(), help, 0, false});
 }
 
 void CArgumentParser::AddOption(const std::string& name, const std::string& valueName,
                                 const std::string& help, char shortName) {
-  options_.push_back(Declaration{name, valueName, help, shortName});
+  options_.push_back(Declaration{name, valueName, help, shortName, false});
+}
+
+void CArgumentParser::AddRepeatableOption(const std::string& name, const std::string& valueName,
+                                          const std::string& help) {
+  options_.push_back(Declaration{name, valueName, help + " (repeatable)", 0, true});
 }
 
 void CArgumentParser::AddFlag(const std::string& name, const std::string& help) {
-  options_.push_back(Declaration{name, std::string(), help, 0});
+  options_.push_back(Declaration{name, std::string(), help, 0, false});
 }
 
 void CArgumentParser::AddExample(const std::string& example) { examples_.push_back(example); }
@@ -92,7 +97,7 @@ bool CArgumentParser::Parse(const std::vector<std::string>& words, std::string* 
       *error = "unknown option --" + name;
       return false;
     }
-    if (values_.count(name) > 0) {
+    if (values_.count(name) > 0 && !option->repeatable) {
       *error = "option --" + name + " given twice";
       return false;
     }
@@ -109,7 +114,7 @@ bool CArgumentParser::Parse(const std::vector<std::string>& words, std::string* 
       }
       value = words[++i];
     }
-    values_[name] = value;
+    values_[name].push_back(value);
   }
 
   if (positionalValues_.size() < positionals_.size()) {
@@ -134,7 +139,12 @@ bool CArgumentParser::Has(const std::string& name) const { return values_.count(
 
 std::string CArgumentParser::Value(const std::string& name, const std::string& fallback) const {
   auto found = values_.find(name);
-  return found == values_.end() ? fallback : found->second;
+  return found == values_.end() ? fallback : found->second.back();
+}
+
+std::vector<std::string> CArgumentParser::Values(const std::string& name) const {
+  auto found = values_.find(name);
+  return found == values_.end() ? std::vector<std::string>() : found->second;
 }
 
 std::string CArgumentParser::UsageLine() const {

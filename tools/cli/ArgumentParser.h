@@ -27,6 +27,9 @@ class CArgumentParser {
   // `shortName`, when not 0, is a one-letter alias: "-o out.png" for "--output out.png".
   void AddOption(const std::string& name, const std::string& valueName, const std::string& help,
                  char shortName = 0);
+  // An option that may be given any number of times; Values has them all, in order.
+  void AddRepeatableOption(const std::string& name, const std::string& valueName,
+                           const std::string& help);
   void AddFlag(const std::string& name, const std::string& help);
   // A line of example text shown at the end of the help.
   void AddExample(const std::string& example);
@@ -41,8 +44,11 @@ class CArgumentParser {
   std::string Positional(const std::string& name) const;
   // Whether an option or flag was given.
   bool Has(const std::string& name) const;
-  // The value given to an option, or `fallback` when it was not given.
+  // The value given to an option (the last one, for a repeatable option), or `fallback` when it
+  // was not given.
   std::string Value(const std::string& name, const std::string& fallback = std::string()) const;
+  // Every value given to an option, in order; empty when it was not given.
+  std::vector<std::string> Values(const std::string& name) const;
 
   const std::string& Command() const { return command_; }
   std::string UsageLine() const;
@@ -59,6 +65,7 @@ class CArgumentParser {
     std::string valueName;  // empty for a flag
     std::string help;
     char shortName;  // 0: none
+    bool repeatable;
   };
 
   const Declaration* FindOption(const std::string& name) const;
@@ -70,7 +77,7 @@ class CArgumentParser {
   std::vector<Declaration> options_;
   std::vector<std::string> examples_;
   std::vector<std::string> positionalValues_;
-  std::map<std::string, std::string> values_;
+  std::map<std::string, std::vector<std::string>> values_;
   bool help_ = false;
 };
 

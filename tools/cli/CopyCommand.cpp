@@ -73,7 +73,9 @@ int CCopyCommand::Run(CCommandContext& context) {
   const auto start = std::chrono::steady_clock::now();
   CDatabaseSession session;
   std::string error;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  if (!session.Open(args.Positional("DB"), &error, CDatabaseSession::OPEN_FOR_WRITING)) {
+    return context.Fail(error);
+  }
   const std::string source = args.Positional("UUID");
   const std::string target = args.Value("to");
   E_NODE_KIND sourceKind = NODE_KIND_NONE, targetKind = NODE_KIND_NONE;

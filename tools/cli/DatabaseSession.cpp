@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include "BusyWait.h"
 #include "IAnnotationDBDataModel.h"
 #include "IAnnotationLayerModule.h"
 #include "LocalText.h"
@@ -19,6 +20,16 @@ struct StatementFinalizer {
   void operator()(sqlite3_stmt* stmt) const { sqlite3_finalize(stmt); }
 };
 
+bool Exists(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0;
+}
+
+// Whether a writer left something to roll back or to fold in: a rollback journal or a WAL.
+bool NeedsRecovery(const std::string& path) {
+  return Exists(path + "-journal") || Exists(path + "-wal");
+}
+
 }  // namespace
 
 void CDatabaseSession::ModelDeleter::operator()(IAnnotationDBDataModel* model) const {
@@ -34,7 +45,7 @@ CDatabaseSession::~CDatabaseSession() {
   if (moduleStarted_) DestroyAnnotationLayerModule();
 }
 
-bool CDatabaseSession::Probe(const std::string& path, std::string* error) const {
+bool CDatabaseSession::Probe(const std::string& path, E_ACCESS access, std::string* error) const {
   struct stat info;
   if (stat(path.c_str(), &info) != 0) {
     *error = path + ": no such file";
@@ -44,8 +55,11 @@ bool CDatabaseSession::Probe(const std::string& path, std::string* error) const 
     *error = path + " is a directory, not an annotation database";
     return false;
   }
+  // Read-only where it can be, so that a command that only reads never changes the file.
+  const bool readWrite = access == OPEN_FOR_WRITING || NeedsRecovery(path);
   sqlite3* raw = nullptr;
-  const int opened = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr);
+  const int opened = sqlite3_open_v2(
+      path.c_str(), &raw, readWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY, nullptr);
   std::unique_ptr<sqlite3, SqliteCloser> db(raw);
   if (opened != SQLITE_OK) {
     *error = "cannot open " + path + ": " + (db ? sqlite3_errmsg(db.get()) : "out of memory");
@@ -69,15 +83,30 @@ bool CDatabaseSession::Probe(const std::string& path, std::string* error) const 
     *error = path + " is not an annotation database (its folder, layer and shape tables are missing)";
     return false;
   }
+  stmt.reset();
+  if (access == OPEN_FOR_WRITING) {
+    // Taking the write lock and letting it go at once: this is where the busy handler waits.
+    const int begun = sqlite3_exec(db.get(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    if (begun == SQLITE_BUSY) {
+      *error = path + " is locked by another process that is writing it (waited " +
+               std::to_string(CBusyWait::kWaitMs / 1000) + " s)";
+      return false;
+    }
+    if (begun != SQLITE_OK) {
+      *error = "cannot write " + path + ": " + sqlite3_errmsg(db.get());
+      return false;
+    }
+    sqlite3_exec(db.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
   return true;
 }
 
-bool CDatabaseSession::Open(const std::string& path, std::string* error) {
+bool CDatabaseSession::Open(const std::string& path, std::string* error, E_ACCESS access) {
   if (model_) {
     *error = "a database is open already";
     return false;
   }
-  if (!Probe(path, error)) return false;
+  if (!Probe(path, access, error)) return false;
   if (CLocalText::ToUtf8(CLocalText::FromUtf8(path)) != path) {
     *error = path + ": the path has characters the module's code page (GBK) cannot hold";
     return false;

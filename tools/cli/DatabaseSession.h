@@ -5,6 +5,13 @@
 // tables each give a clear reason instead of a half-working model. Everything is released, in
 // order, when the session goes.
 //
+// A writer killed in the middle of a transaction leaves a hot journal (or a WAL) beside the file,
+// which only a read-write connection may roll back: when one is there the check connects
+// read-write, and SQLite restores the file before anything reads it. A session opened for writing
+// also waits there (CBusyWait) until no other process holds the write lock, since the model's
+// transactions start deferred and SQLite does not wait for a lock that a reading transaction
+// wants to upgrade.
+//
 // Node uuids given on the command line pass Resolve, which refuses malformed text (nothing
 // unexpected reaches SQL) and uuids that name no node.
 //
@@ -28,8 +35,10 @@ class CDatabaseSession {
   CDatabaseSession(const CDatabaseSession&) = delete;
   CDatabaseSession& operator=(const CDatabaseSession&) = delete;
 
+  enum E_ACCESS { OPEN_FOR_READING = 0, OPEN_FOR_WRITING = 1 };
+
   // Opens the database at `path` (UTF-8). False with a one-line reason.
-  bool Open(const std::string& path, std::string* error);
+  bool Open(const std::string& path, std::string* error, E_ACCESS access = OPEN_FOR_READING);
   // The installed model; null before a successful Open.
   IAnnotationDBDataModel* Model() const { return model_.get(); }
   const std::string& RootUuid() const { return rootUuid_; }
@@ -45,7 +54,7 @@ class CDatabaseSession {
     void operator()(IAnnotationDBDataModel* model) const;
   };
 
-  bool Probe(const std::string& path, std::string* error) const;
+  bool Probe(const std::string& path, E_ACCESS access, std::string* error) const;
 
   bool moduleStarted_ = false;
   std::unique_ptr<IAnnotationDBDataModel, ModelDeleter> model_;

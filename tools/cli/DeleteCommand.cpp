@@ -7,6 +7,7 @@
 #include "CommandContext.h"
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
+#include "InterruptFlag.h"
 #include "LayerBatchDeleter.h"
 #include "ModelTransaction.h"
 #include "NodeFormatter.h"
@@ -15,32 +16,27 @@
 
 namespace {
 
-// Shows the deleter's progress; never cancels (see the header).
+// Shows the deleter's progress and cancels it on an interrupt; the command's outer transaction
+// then takes back what the deleter had removed.
 class CDeleteProgress : public CLayerBatchDeleter::IDeleteProgress {
  public:
-  explicit CDeleteProgress(CProgressBar* bar) : bar_(bar) {}
-  bool OnDeleteLayer(const std::string&) override {
-    ++layers_;
-    return false;
-  }
-  bool OnDeleteFolder(const std::string&) override {
-    ++folders_;
-    return false;
-  }
+  CDeleteProgress(CProgressBar* bar, const CInterruptFlag* interrupt)
+      : bar_(bar), interrupt_(interrupt) {}
+  bool OnDeleteLayer(const std::string&) override { return interrupt_->IsSet(); }
+  bool OnDeleteFolder(const std::string&) override { return interrupt_->IsSet(); }
   bool OnDeleteFeatures(const std::string& layerName, int handled, int total) override {
     if (layerName != current_) {
       current_ = layerName;
       bar_->Start("delete " + CNodeFormatter::Utf8(layerName), total);
     }
     bar_->Update(handled);
-    return false;
+    return interrupt_->IsSet();
   }
 
  private:
   CProgressBar* bar_;
+  const CInterruptFlag* interrupt_;
   std::string current_;
-  int layers_ = 0;
-  int folders_ = 0;
 };
 
 }  // namespace
@@ -57,7 +53,9 @@ int CDeleteCommand::Run(CCommandContext& context) {
   const auto start = std::chrono::steady_clock::now();
   CDatabaseSession session;
   std::string error;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  if (!session.Open(args.Positional("DB"), &error, CDatabaseSession::OPEN_FOR_WRITING)) {
+    return context.Fail(error);
+  }
   const std::string uuid = args.Positional("UUID");
   E_NODE_KIND kind = NODE_KIND_NONE;
   if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
@@ -74,19 +72,25 @@ int CDeleteCommand::Run(CCommandContext& context) {
   const int64_t features = CChildLister::CountBelow(model, uuid, kind).features;
   // One outer transaction around the unlink and the deleter's own: on any failure the rollback
   // restores everything, where the deleter alone would commit what it had removed so far.
+  CInterruptFlag interrupt;
   CModelTransaction transaction(model);
   if (!transaction.IsOpen()) return context.FailWithCause("could not start a transaction");
   if (!CSiblingUnlinker(model).Unlink(uuid, kind)) {
     return context.FailWithCause("could not take " + uuid + " out of its sibling list");
   }
   CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
-  CDeleteProgress progress(&bar);
+  CDeleteProgress progress(&bar, &interrupt);
   CLayerBatchDeleter deleter(model);
   deleter.BeginDelete(false, &progress);
   const bool deleted = kind == NODE_KIND_FOLDER ? deleter.BatchDeleteFolder(uuid)
                                                 : deleter.BatchDeleteLayer(uuid);
   deleter.EndDelete();
   bar.Finish();
+  // Checked before the outcome: a cancelled deletion fails too, and a signal that came after the
+  // deleter's last step still means the person did not want the deletion.
+  if (interrupt.IsSet()) {
+    return context.Fail("interrupted; nothing was deleted", CCommandContext::kExitInterrupted);
+  }
   if (!deleted || model->IsExistNode(uuid)) {
     return context.FailWithCause(std::string("could not delete ") + CNodeFormatter::KindName(kind) +
                                  " " + uuid + "; nothing was deleted");

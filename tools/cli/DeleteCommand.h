@@ -3,8 +3,8 @@
 // with a progress bar, all in one transaction that a failure rolls back. The top root folder
 // cannot be deleted, and single features are refused (see DeleteCommand.cpp).
 //
-// An interrupt ends the process without a commit; SQLite rolls the transaction back when the file
-// is next opened, so the database keeps its state from before the command.
+// An interrupt cancels the deleter at its next step and rolls everything back: exit 130, the
+// database as it was.
 //
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_DELETE_COMMAND_H

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <chrono>
-#include <filesystem>
 
 #include "ArgumentParser.h"
 #include "CommandContext.h"
@@ -12,29 +11,16 @@
 #include "InterruptFlag.h"
 #include "LogCollector.h"
 #include "NodeFormatter.h"
+#include "OutputStaging.h"
 #include "ProgressBar.h"
 #include "SubtreeExporter.h"
 #include "VectorFormat.h"
 
-namespace {
-
-// Removes an output this command made, with its side files, after a failure.
-void RemoveOutput(GDALDriver* driver, const std::string& path) {
-  CPLPushErrorHandler(CPLQuietErrorHandler);
-  const CPLErr deleted = driver->Delete(path.c_str());
-  CPLPopErrorHandler();
-  std::error_code ec;
-  if (deleted != CE_None || std::filesystem::exists(path, ec)) {
-    std::filesystem::remove_all(path, ec);
-  }
-}
-
-}  // namespace
-
 void CExportCommand::Declare(CArgumentParser* parser) const {
   parser->AddPositional("DB", "the annotation database");
   parser->AddPositional("UUID", "the folder or layer to export, with everything below it");
-  parser->AddPositional("OUT", "the file (or directory, for some formats) to write; must not exist");
+  parser->AddPositional("OUT", "the file (or directory, for some formats) to write; neither it nor "
+                               "any side file the format adds may exist");
   parser->AddOption("format", "F",
                     "GDAL vector driver, e.g. GPKG, GeoJSON, \"ESRI Shapefile\", CSV, FlatGeobuf, "
                     "KML (default: from OUT's extension)");
@@ -65,8 +51,11 @@ int CExportCommand::Run(CCommandContext& context) {
     return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
   }
 
+  COutputStaging staging(out);
+  if (!staging.IsReady()) return context.Fail(staging.Error());
   context.Log()->ClearLastError();
-  GDALDatasetUniquePtr dataset(driver->Create(out.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+  GDALDatasetUniquePtr dataset(
+      driver->Create(staging.Path().c_str(), 0, 0, 0, GDT_Unknown, nullptr));
   if (!dataset) {
     return context.FailWithCause("cannot create " + out + " as " + CVectorFormat::Name(driver));
   }
@@ -77,17 +66,15 @@ int CExportCommand::Run(CCommandContext& context) {
   const CSubtreeExporter::E_OUTCOME outcome = exporter.Run(
       uuid, kind, dataset.get(), CVectorFormat::LayerOptions(driver), &summary, &error);
   bar.Finish();
-  if (outcome == CSubtreeExporter::OUTCOME_DONE) {
-    // Closing writes what formats keep in memory until then.
-    dataset.reset();
-  } else {
-    dataset.reset();
-    RemoveOutput(driver, out);
-    if (outcome == CSubtreeExporter::OUTCOME_INTERRUPTED) {
-      return context.Fail("interrupted; " + out + " was removed", CCommandContext::kExitInterrupted);
-    }
-    return context.FailWithCause(error + "; " + out + " was removed");
+  // Closing writes what formats keep in memory until then.
+  dataset.reset();
+  if (outcome == CSubtreeExporter::OUTCOME_INTERRUPTED) {
+    return context.Fail("interrupted; what was written was removed", CCommandContext::kExitInterrupted);
   }
+  if (outcome != CSubtreeExporter::OUTCOME_DONE) {
+    return context.FailWithCause(error + "; what was written was removed");
+  }
+  if (!staging.Publish(&error)) return context.Fail(error);
 
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

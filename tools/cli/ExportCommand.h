@@ -1,6 +1,9 @@
 // `annotationlayer export DB UUID OUT`: a folder or layer with everything below it written to a
 // file in any format that GDAL/OGR writes (CSubtreeExporter), the driver chosen from OUT's
-// extension or --format. OUT must not exist; a failed or interrupted export removes what it wrote.
+// extension or --format. OUT must not exist, nor any other file the export writes (a format's side
+// files, further layers' files): the export is written beside OUT and moved into place at the end
+// (COutputStaging), or refused with nothing written. A failed or interrupted export removes what
+// it wrote.
 //
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H

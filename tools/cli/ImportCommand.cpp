@@ -1,5 +1,6 @@
 #include "ImportCommand.h"
 
+#include <cpl_string.h>
 #include <gdal_priv.h>
 #include <ogrsf_frmts.h>
 #include <sys/stat.h>
@@ -46,17 +47,29 @@ std::string BaseName(const std::string& path) {
   return name.empty() ? "source" : name;
 }
 
-GDALDatasetUniquePtr OpenSource(const std::string& path) {
-  GDALDatasetUniquePtr dataset(
-      GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+// Opens the source with the person's --oo open options (NAME=VALUE).
+GDALDatasetUniquePtr OpenSource(const std::string& path,
+                                const std::vector<std::string>& userOptions) {
+  CPLStringList options;
+  for (const std::string& option : userOptions) options.AddString(option.c_str());
+  GDALDatasetUniquePtr dataset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY,
+                                                 nullptr, options.List()));
   if (!dataset || dataset->GetDriver() == nullptr) return dataset;
-  // A CSV file's geometry is a WKT column; it should not come in as an attribute as well.
+  // A CSV file's geometry is a WKT column; it should not come in as an attribute as well. The
+  // person's own options win over these, for a file whose columns are named otherwise.
   if (EQUAL(dataset->GetDriver()->GetDescription(), "CSV")) {
-    const char* const openOptions[] = {"GEOM_POSSIBLE_NAMES=WKT,geometry,geom,the_geom",
-                                       "KEEP_GEOM_COLUMNS=NO", nullptr};
+    CPLStringList csvOptions;
+    csvOptions.SetNameValue("GEOM_POSSIBLE_NAMES", "WKT,geometry,geom,the_geom");
+    csvOptions.SetNameValue("KEEP_GEOM_COLUMNS", "NO");
+    for (int i = 0; i < options.size(); ++i) {
+      char* name = nullptr;
+      const char* value = CPLParseNameValue(options[i], &name);
+      csvOptions.SetNameValue(name, value);
+      CPLFree(name);
+    }
     const char* const csvOnly[] = {"CSV", nullptr};
     dataset.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, csvOnly,
-                                    openOptions));
+                                    csvOptions.List()));
   }
   return dataset;
 }
@@ -78,8 +91,13 @@ void CImportCommand::Declare(CArgumentParser* parser) const {
   parser->AddOption("layer-type", "T",
                     "kind of the new layers: annotation (default), gis-point, gis-line or "
                     "gis-polygon; GIS layers keep geometry only");
+  parser->AddRepeatableOption("oo", "NAME=VALUE",
+                              "a GDAL open option of the source's driver, e.g. "
+                              "X_POSSIBLE_NAMES=lng for a CSV with coordinate columns");
   parser->AddFlag("json", "print the summary as JSON");
   parser->AddExample("annotationlayer import notes.db cities.geojson --name-field name");
+  parser->AddExample("annotationlayer import notes.db sites.csv --oo X_POSSIBLE_NAMES=lng "
+                     "--oo Y_POSSIBLE_NAMES=lat");
   parser->AddExample("annotationlayer import notes.db roads.gpkg --under 0f8c...");
 }
 
@@ -98,8 +116,16 @@ int CImportCommand::Run(CCommandContext& context) {
     return context.UsageError("--name-field wants a field name");
   }
 
+  const std::vector<std::string> openOptions = args.Values("oo");
+  for (const std::string& option : openOptions) {
+    const size_t equals = option.find('=');
+    if (equals == 0 || equals == std::string::npos) {
+      return context.UsageError("--oo wants NAME=VALUE, not '" + option + "'");
+    }
+  }
+
   const std::string sourcePath = args.Positional("SOURCE");
-  GDALDatasetUniquePtr source = OpenSource(sourcePath);
+  GDALDatasetUniquePtr source = OpenSource(sourcePath, openOptions);
   if (!source) {
     struct stat info;
     if (stat(sourcePath.c_str(), &info) != 0 && sourcePath.find(':') == std::string::npos) {
@@ -116,7 +142,9 @@ int CImportCommand::Run(CCommandContext& context) {
 
   CDatabaseSession session;
   std::string error;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  if (!session.Open(args.Positional("DB"), &error, CDatabaseSession::OPEN_FOR_WRITING)) {
+    return context.Fail(error);
+  }
   options.parentUuid = args.Value("under", session.RootUuid());
   E_NODE_KIND kind = NODE_KIND_NONE;
   if (!session.Resolve(options.parentUuid, &kind, &error)) return context.Fail("--under: " + error);
@@ -136,7 +164,13 @@ int CImportCommand::Run(CCommandContext& context) {
     return context.Fail("interrupted; nothing was imported", CCommandContext::kExitInterrupted);
   }
   if (outcome != CSourceImporter::OUTCOME_DONE) {
-    return context.FailWithCause(error + "; nothing was imported");
+    std::string reason = error + "; nothing was imported";
+    if (summary.features == 0 && summary.skippedEmpty > 0 &&
+        EQUAL(source->GetDriver()->GetDescription(), "CSV")) {
+      reason += " (name a CSV's coordinate columns with --oo X_POSSIBLE_NAMES=... "
+                "--oo Y_POSSIBLE_NAMES=...)";
+    }
+    return context.FailWithCause(reason);
   }
 
   const double seconds =

@@ -17,6 +17,7 @@ CInterruptFlag::CInterruptFlag() {
   struct sigaction action {};
   action.sa_handler = OnSignal;
   sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_RESETHAND;
   sigaction(SIGINT, &action, &previousInt_);
   sigaction(SIGTERM, &action, &previousTerm_);
 }

@@ -1,10 +1,11 @@
 // CInterruptFlag turns SIGINT and SIGTERM into a flag that long operations poll, so that an
-// interrupted import or copy can roll its transaction back and leave the database as it was,
-// instead of dying mid-way. The previous handlers come back when the object goes.
+// interrupted import, export, delete, renumbering or render can roll its transaction back (or
+// drop its output) and leave everything as it was, instead of dying mid-way. The previous
+// handlers come back when the object goes.
 //
-// Operations that cannot undo their work (a batch delete commits what it did before a cancel) do
-// not install one: the signal then ends the process, and SQLite's journal rolls the open
-// transaction back the next time the file is opened.
+// Only the first signal is caught: a second one ends the process at once, for the person whose
+// operation cannot stop before its current step (a renumbering runs to its end). SQLite's journal
+// then rolls the open transaction back the next time the file is opened.
 //
 // Threading contract: make and destroy on the main thread, one object at a time; IsSet may be
 // called from any thread.

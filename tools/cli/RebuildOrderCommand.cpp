@@ -6,6 +6,8 @@
 #include "CommandContext.h"
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
+#include "InterruptFlag.h"
+#include "ModelTransaction.h"
 #include "NodeFormatter.h"
 #include "NodeOrderRebuilder.h"
 #include "ProgressBar.h"
@@ -43,7 +45,9 @@ int CRebuildOrderCommand::Run(CCommandContext& context) {
   const auto start = std::chrono::steady_clock::now();
   CDatabaseSession session;
   std::string error;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  if (!session.Open(args.Positional("DB"), &error, CDatabaseSession::OPEN_FOR_WRITING)) {
+    return context.Fail(error);
+  }
   const std::string uuid = args.Positional("UUID");
   E_NODE_KIND kind = NODE_KIND_NONE;
   if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
@@ -51,12 +55,19 @@ int CRebuildOrderCommand::Run(CCommandContext& context) {
     return context.Fail("a feature has no children; give a folder or a layer");
   }
   const bool recursive = args.Has("recursive");
+  CInterruptFlag interrupt;
+  CModelTransaction transaction(session.Model());
+  if (!transaction.IsOpen()) return context.FailWithCause("could not start a transaction");
   CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
   CRebuildProgress progress(&bar);
   CNodeOrderRebuilder rebuilder(session.Model());
   const bool rebuilt = rebuilder.RebuildNodeOrderNum(uuid, recursive, &progress);
   bar.Finish();
+  if (interrupt.IsSet()) {
+    return context.Fail("interrupted; nothing was renumbered", CCommandContext::kExitInterrupted);
+  }
   if (!rebuilt) return context.FailWithCause("could not renumber the children of " + uuid);
+  if (!transaction.Commit()) return context.FailWithCause("could not commit the new numbers");
 
   const double seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

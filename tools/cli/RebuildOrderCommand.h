@@ -2,6 +2,9 @@
 // or layer's children (and with --recursive of every list below) through CNodeOrderRebuilder,
 // repairing lists with unassigned numbers.
 //
+// The rebuilder cannot be stopped mid-way, so it runs inside an outer transaction of the command:
+// an interrupt is looked at when it returns and rolls its work back (exit 130).
+//
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_REBUILD_ORDER_COMMAND_H
 #define ANNOTATIONLAYER_CLI_REBUILD_ORDER_COMMAND_H

@@ -13,6 +13,7 @@
 #include "DatabaseSession.h"
 #include "IAnnotationLayerModule.h"
 #include "IAnnotationSpatialEngine.h"
+#include "InterruptFlag.h"
 #include "OffscreenGui.h"
 #include "ProgressBar.h"
 #include "ViewRenderer.h"
@@ -112,7 +113,13 @@ int CRenderCommand::Run(CCommandContext& context) {
   CDatabaseSession session;
   std::string error;
   if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  // Rendering only reads: an interrupt just has to end the command before the picture is saved.
+  CInterruptFlag interrupt;
+  const auto interrupted = [&context]() {
+    return context.Fail("interrupted; nothing was written", CCommandContext::kExitInterrupted);
+  };
   CViewRenderer view(GetOrCreateAnnotationLayerModule(), session.Model(), kViewId);
+  view.SetInterrupt(&interrupt);
   const int timeoutMs = static_cast<int>(timeout * 1000);
   if (!view.Start("render", timeoutMs, &error)) return context.FailWithCause(error);
   view.Engine()->SetMaxPerPass(static_cast<int>(maxFeatures));
@@ -120,12 +127,13 @@ int CRenderCommand::Run(CCommandContext& context) {
   CProgressBar bar(context.Err(), CProgressBar::StderrIsTerminal());
   CViewRenderer::ViewReport report;
   if (!view.ShowExtent(extent, timeoutMs, &bar, &report, &error)) {
-    return context.FailWithCause(error);
+    return interrupt.IsSet() ? interrupted() : context.FailWithCause(error);
   }
   CScenePainter::Result drawn;
   if (!view.Paint(extent, static_cast<int>(level), &image, &drawn)) {
     return context.Fail("cannot draw the view");
   }
+  if (interrupt.IsSet()) return interrupted();
   if (!image.save(QString::fromStdString(output), "PNG")) {
     QFile::remove(QString::fromStdString(output));
     return context.Fail("cannot write " + output);

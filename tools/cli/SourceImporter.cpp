@@ -181,6 +181,17 @@ CSourceImporter::E_OUTCOME CSourceImporter::Run(GDALDataset* source, const Optio
     summary->droppedInteriorRings += geometries.DroppedInteriorRings();
   }
   if (interrupt_ != nullptr && interrupt_->IsSet()) return OUTCOME_INTERRUPTED;
+  // Empty layers would only hide the mistake (most often a CSV read without its coordinate
+  // columns), so a source that gives nothing to store fails and leaves nothing behind.
+  if (summary->features == 0) {
+    const int64_t skipped =
+        summary->skippedEmpty + summary->skippedUnsupported + summary->skippedUntransformable;
+    *error = "the source gave no feature to import" +
+             (skipped > 0 ? " (" + std::to_string(skipped) + " skipped, " +
+                                std::to_string(summary->skippedEmpty) + " without geometry)"
+                          : std::string());
+    return OUTCOME_FAILED;
+  }
 
   const Clock::time_point commitStart = Clock::now();
   const bool committed = transaction.Commit();

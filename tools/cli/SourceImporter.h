@@ -9,7 +9,8 @@
 // skipped and counted. The time spent reading through OGR, converting and writing is measured
 // separately.
 //
-// Any failure, and an interrupt, rolls the whole import back: the database is left as it was.
+// Any failure, and an interrupt, rolls the whole import back: the database is left as it was. A
+// source that yields no feature to store is a failure too.
 //
 // Threading contract: one thread; nothing else may write through the model during Run.
 #ifndef ANNOTATIONLAYER_CLI_SOURCE_IMPORTER_H

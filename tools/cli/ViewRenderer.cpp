@@ -15,6 +15,7 @@
 #include "IAnnotationLayerModule.h"
 #include "IAnnotationSpatialEngine.h"
 #include "NodeCacheCalculator.h"
+#include "InterruptFlag.h"
 #include "ProgressBar.h"
 
 namespace {
@@ -134,6 +135,11 @@ bool CViewRenderer::ShowExtent(const EXTENT& extent, int timeoutMs, CProgressBar
     }
     const bool passDone = !waitForPass || events_->PassesChanged() > passesBefore;
     if (remaining.empty() && passDone) break;
+    if (interrupt_ != nullptr && interrupt_->IsSet()) {
+      if (progress != nullptr) progress->Finish();
+      *error = "interrupted";
+      return false;
+    }
     const Clock::time_point now = Clock::now();
     if (now >= deadline) {
       if (progress != nullptr) progress->Finish();

@@ -27,6 +27,7 @@
 
 class CAnnotationScene;
 class CEntityEventCounter;
+class CInterruptFlag;
 class CProgressBar;
 class IAnnotationDBDataModel;
 class IAnnotationLayerModule;
@@ -52,8 +53,11 @@ class CViewRenderer {
   // Makes and starts an engine named `name` on the model, once the node cache calculator's first
   // pass is done (waiting at most `timeoutMs`). False with a reason.
   bool Start(const std::string& name, int timeoutMs, std::string* error);
+  // An interrupt (not owned; null for none) that ends the waits of ShowExtent early.
+  void SetInterrupt(const CInterruptFlag* interrupt) { interrupt_ = interrupt; }
   // Reports `extent` and waits, at most `timeoutMs`, until the view shows it (see above).
-  // `progress` (may be null) counts the features drawn. False with a reason on a time-out.
+  // `progress` (may be null) counts the features drawn. False with a reason on a time-out or an
+  // interrupt.
   bool ShowExtent(const EXTENT& extent, int timeoutMs, CProgressBar* progress, ViewReport* report,
                   std::string* error);
   // Draws the scene at display level `level` onto `image`, `extent` covering the whole image.
@@ -74,6 +78,7 @@ class CViewRenderer {
   CAnnotationScene* scene_;
   IAnnotationSpatialEngine* engine_ = nullptr;  // the module's object, destroyed through it
   std::unique_ptr<CEntityEventCounter> events_;
+  const CInterruptFlag* interrupt_ = nullptr;
 };
 
 #endif  // ANNOTATIONLAYER_CLI_VIEW_RENDERER_H

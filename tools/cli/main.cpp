@@ -1,5 +1,6 @@
 // The `annotationlayer` command-line tool: registers the subcommands and hands the command line to
-// the registry. The module's log and GDAL's messages go to one collector, shown with --verbose.
+// the registry. The module's log and GDAL's messages go to one collector, shown with --verbose;
+// every SQLite connection waits a while for a lock another process holds (CBusyWait).
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "BusyWait.h"
 #include "CommandRegistry.h"
 #include "CopyCommand.h"
 #include "CreateCommand.h"
@@ -47,6 +49,7 @@ int main(int argc, char** argv) {
     auto collector = std::make_shared<CLogCollector>(stderr);
     CLogRoute route(collector);
     CGdalEnvironment gdal(collector.get());
+    CBusyWait busyWait;
     CCommandRegistry registry(collector.get());
     RegisterCommands(&registry);
     const std::vector<std::string> words(argv + 1, argv + argc);
