@@ -172,6 +172,24 @@ CGeometryConverter::E_RESULT CGeometryConverter::FillParts(const OGRGeometry& ge
   }
 }
 
+const char* CGeometryConverter::GisFamilyName(E_LAYER_TYPE type) {
+  switch (type) {
+    case LAYER_TYPE_GIS_POINT: return "point";
+    case LAYER_TYPE_GIS_LINE: return "line";
+    case LAYER_TYPE_GIS_POLYGON: return "polygon";
+    default: return nullptr;
+  }
+}
+
+bool CGeometryConverter::FitsLayerType(E_GEOMETRY_DATA_TYPE kind, E_LAYER_TYPE type) {
+  switch (type) {
+    case LAYER_TYPE_GIS_POINT: return Family(kind) == 1;
+    case LAYER_TYPE_GIS_LINE: return Family(kind) == 2;
+    case LAYER_TYPE_GIS_POLYGON: return Family(kind) == 3;
+    default: return true;
+  }
+}
+
 OGRGeometryUniquePtr CGeometryConverter::ToOgr(const IAnnotationFeature& feature) {
   std::vector<const CGeometryData*> parts;
   for (int i = 0; i < feature.GetPartCount(); ++i) {

@@ -25,6 +25,7 @@
 #include <ogr_geometry.h>
 #include <ogr_spatialref.h>
 
+#include "AnnotationLayerTypes.h"
 #include "GeometryDataType.h"
 
 class IAnnotationFeature;
@@ -61,6 +62,11 @@ class CGeometryConverter {
   // Promotes a single geometry to the multi type of its layer; anything else is returned as is.
   static OGRGeometryUniquePtr FitToLayerType(OGRGeometryUniquePtr geometry,
                                              OGRwkbGeometryType layerType);
+  // The family a GIS layer of `type` holds ("point", "line" or "polygon", single or multi); null
+  // for the other layer types, which hold any kind.
+  static const char* GisFamilyName(E_LAYER_TYPE type);
+  // Whether a feature of `kind` belongs in a layer of `type`.
+  static bool FitsLayerType(E_GEOMETRY_DATA_TYPE kind, E_LAYER_TYPE type);
   // WGS 84 longitude/latitude, the reference system of every annotation database.
   static OGRSpatialReference Wgs84();
 

@@ -13,39 +13,10 @@
 #include "FeatureStyleSet.h"
 #include "IAnnotationDBDataModel.h"
 #include "NodeFormatter.h"
+#include "SubtreeExtent.h"
 #include "ZuFieldSetObject.h"
 
 namespace {
-
-bool IsZero(const EXTENT& extent) {
-  return extent.min_x == 0 && extent.min_y == 0 && extent.max_x == 0 && extent.max_y == 0;
-}
-
-// Grows `extent` by the stored extents of the layers below a folder or layer. Layers that carry
-// no extent (all zero) are left out.
-void UnionOfLayers(IAnnotationDBDataModel* model, const std::string& uuid, E_NODE_KIND kind,
-                   EXTENT* extent, bool* found) {
-  CChildLister lister(false, false);
-  std::vector<CChildLister::Child> children;
-  lister.List(model, uuid, kind, &children);
-  for (const CChildLister::Child& child : children) {
-    if (child.kind == NODE_KIND_LAYER) {
-      const EXTENT& box = child.layer.GetExtent();
-      if (!IsZero(box)) {
-        if (!*found) {
-          *extent = box;
-          *found = true;
-        } else {
-          extent->min_x = std::min(extent->min_x, box.min_x);
-          extent->min_y = std::min(extent->min_y, box.min_y);
-          extent->max_x = std::max(extent->max_x, box.max_x);
-          extent->max_y = std::max(extent->max_y, box.max_y);
-        }
-      }
-    }
-    UnionOfLayers(model, child.uuid, child.kind, extent, found);
-  }
-}
 
 std::string Compact(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
@@ -72,8 +43,7 @@ Json::Value CInfoCommand::DescribeFolder(IAnnotationDBDataModel* model, const st
   Json::Value info = CNodeFormatter::FolderJson(model->QueryFolderOption(uuid));
   info["children"] = model->CountChildren(uuid, NODE_KIND_FOLDER);
   EXTENT extent;
-  bool found = false;
-  UnionOfLayers(model, uuid, NODE_KIND_FOLDER, &extent, &found);
+  const bool found = CSubtreeExtent::Compute(model, uuid, NODE_KIND_FOLDER, &extent);
   info["extent"] = found ? CNodeFormatter::ExtentJson(extent) : Json::Value();
   return info;
 }
@@ -88,7 +58,9 @@ Json::Value CInfoCommand::DescribeLayer(IAnnotationDBDataModel* model, const std
   CFeatureStyleSet styles;
   if (model->QueryStyle(&styles, uuid, true)) info["style"] = CNodeFormatter::StyleJson(styles);
   else info["style"] = Json::Value();
-  info["extent"] = CNodeFormatter::ExtentJson(option.GetExtent());
+  EXTENT extent;
+  const bool found = CSubtreeExtent::Compute(model, uuid, NODE_KIND_LAYER, &extent);
+  info["extent"] = found ? CNodeFormatter::ExtentJson(extent) : Json::Value();
   return info;
 }
 

@@ -2,11 +2,13 @@
 
 #include <chrono>
 
+#include "AnnotationLayerNS.h"
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
 #include "InterruptFlag.h"
+#include "LayerOption.h"
 #include "ModelTransaction.h"
 #include "NodeFormatter.h"
 #include "NodeOrderRebuilder.h"
@@ -55,6 +57,27 @@ int CRebuildOrderCommand::Run(CCommandContext& context) {
     return context.Fail("a feature has no children; give a folder or a layer");
   }
   const bool recursive = args.Has("recursive");
+  // A GIS layer's features have no order rows: they are walked in stored order, so there is no
+  // number to rebuild. Said plainly rather than reported as a walk of 0 nodes.
+  if (kind == NODE_KIND_LAYER && !session.Model()->IsLayerExistLayer(uuid)) {
+    const CLayerOption layer = session.Model()->QueryLayerOption(uuid);
+    if (AnnotationLayerNS::IsGISLayer(layer.GetType())) {
+      const std::string reason = "nothing to renumber: the features of the GIS layer \"" +
+                                 CNodeFormatter::Utf8(layer.GetName()) +
+                                 "\" keep their stored order";
+      if (!context.Json()) {
+        context.Print(reason);
+        return CCommandContext::kExitOk;
+      }
+      Json::Value result(Json::objectValue);
+      result["uuid"] = uuid;
+      result["recursive"] = recursive;
+      result["visited"] = 0;
+      result["note"] = reason;
+      context.PrintJson(result);
+      return CCommandContext::kExitOk;
+    }
+  }
   CInterruptFlag interrupt;
   CModelTransaction transaction(session.Model());
   if (!transaction.IsOpen()) return context.FailWithCause("could not start a transaction");

@@ -2,15 +2,20 @@
 
 #include <QColor>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 
 #include <chrono>
 #include <cstdio>
+#include <iomanip>
+#include <sstream>
 #include <vector>
 
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
+#include "FeatureOption.h"
+#include "IAnnotationDBDataModel.h"
 #include "IAnnotationLayerModule.h"
 #include "IAnnotationSpatialEngine.h"
 #include "InterruptFlag.h"
@@ -37,6 +42,37 @@ bool ParseSize(const std::string& text, int* width, int* height) {
   return true;
 }
 
+// The features whose index box meets the view, visible or not: what a cut view leaves out is
+// told from this, which the spatial index answers without reading a geometry.
+class CFeatureCounter : public IAnnotationDBObjectVisitor {
+ public:
+  E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
+                             const std::string&, const CFeatureOption&) override {
+    ++count;
+    return HANDLE_TYPE_CONTINUE;
+  }
+  bool IsOnlyUUID() override { return true; }
+  int64_t count = 0;
+};
+
+int64_t CountMeeting(IAnnotationDBDataModel* model, const EXTENT& extent) {
+  std::ostringstream condition;
+  condition << std::setprecision(17) << "ROWID IN (SELECT pkid FROM idx_shape_geom WHERE xmin <= "
+            << extent.max_x << " AND xmax >= " << extent.min_x << " AND ymin <= "
+            << extent.max_y << " AND ymax >= " << extent.min_y << ")";
+  CFeatureCounter counter;
+  if (!model->TravelViaSQL(&counter, NODE_KIND_FEATURE, condition.str())) return -1;
+  return counter.count;
+}
+
+// The image format for the output's suffix: PNG or JPEG, which Qt writes itself; null otherwise.
+const char* FormatOf(const std::string& path) {
+  const QString suffix = QFileInfo(QString::fromStdString(path)).suffix().toLower();
+  if (suffix == "png") return "PNG";
+  if (suffix == "jpg" || suffix == "jpeg") return "JPEG";
+  return nullptr;
+}
+
 std::string FormatSeconds(double seconds) {
   char text[32];
   std::snprintf(text, sizeof text, "%.2f", seconds);
@@ -49,7 +85,7 @@ void CRenderCommand::Declare(CArgumentParser* parser) const {
   parser->AddPositional("DB", "the annotation database");
   parser->AddOption("extent", "MINX,MINY,MAXX,MAXY",
                     "the view in degrees (longitude, latitude); required");
-  parser->AddOption("output", "PNG", "the picture to write; required", 'o');
+  parser->AddOption("output", "FILE", "the picture to write, .png or .jpg; required", 'o');
   parser->AddOption("size", "WxH", "the picture's size in pixels (default 1024x512)");
   parser->AddOption("level", "N",
                     "the display level to draw, 0-21 (default: the level matching the extent "
@@ -103,6 +139,8 @@ int CRenderCommand::Run(CCommandContext& context) {
     return context.UsageError("--timeout wants a whole number of seconds, 1 or more");
   }
   const std::string output = args.Value("output");
+  const char* format = FormatOf(output);
+  if (format == nullptr) return context.UsageError("--output wants a .png, .jpg or .jpeg file");
 
   // The image exists before the database is touched: a size the machine cannot hold fails first.
   QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
@@ -134,14 +172,19 @@ int CRenderCommand::Run(CCommandContext& context) {
     return context.Fail("cannot draw the view");
   }
   if (interrupt.IsSet()) return interrupted();
-  if (!image.save(QString::fromStdString(output), "PNG")) {
+  if (!image.save(QString::fromStdString(output), format)) {
     QFile::remove(QString::fromStdString(output));
     return context.Fail("cannot write " + output);
   }
 
+  // The engine's walk stops one feature past its per-pass limit: then the view was cut.
+  const bool cut = report.expected > maxFeatures;
+  const int64_t inView = cut ? CountMeeting(session.Model(), extent) : report.expected;
   if (context.Json()) {
     Json::Value result(Json::objectValue);
     result["output"] = output;
+    result["in_view"] = static_cast<Json::Int64>(inView);
+    result["cut"] = cut;
     result["width"] = width;
     result["height"] = height;
     result["level"] = static_cast<int>(level);
@@ -163,6 +206,11 @@ int CRenderCommand::Run(CCommandContext& context) {
                   " icons) of " + std::to_string(report.expected) + " in the view at level " +
                   std::to_string(level) + " into " + output + " (" + std::to_string(width) + "x" +
                   std::to_string(height) + ") in " + FormatSeconds(report.seconds) + " s");
+    if (cut) {
+      context.Print("the view meets " + std::to_string(inView) + " features; --max-features " +
+                    std::to_string(maxFeatures) + " let the engine take " +
+                    std::to_string(report.expected) + " of them");
+    }
   }
   return CCommandContext::kExitOk;
 }

@@ -3,6 +3,8 @@
 #include <gdal_priv.h>
 #include <ogrsf_frmts.h>
 
+#include <QColor>
+
 #include <chrono>
 #include <memory>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
 #include "FeatureBatchImporter.h"
+#include "FeaturePenStyle.h"
 #include "FeatureStyleSet.h"
 #include "FieldConverter.h"
 #include "GeometryConverter.h"
@@ -49,6 +52,31 @@ struct SourceLayer {
   IAnnotationGroup* group = nullptr;
   std::vector<std::string> keys;
 };
+
+// A feature's style string. KML's shared styles (a styleUrl) come through as "@name", which is
+// looked up in the layer's style table, then the source's.
+std::string StyleOf(const OGRFeature& feature, OGRLayer* layer, GDALDataset* source) {
+  const char* style = feature.GetStyleString();
+  if (style == nullptr) return std::string();
+  if (style[0] != '@') return style;
+  for (OGRStyleTable* table : {layer->GetStyleTable(), source->GetStyleTable()}) {
+    if (table == nullptr) continue;
+    // Tables keep their names with or without the '@', depending on the driver.
+    const char* found = table->Find(style + 1);
+    if (found == nullptr) found = table->Find(style);
+    if (found != nullptr) return found;
+  }
+  return std::string();
+}
+
+// The style the host draws a feature with when it has none: a black solid pen one pixel wide.
+void AddDefaultStyle(CFeatureStyleSet* styles) {
+  auto pen = std::make_unique<CFeaturePenStyle>();
+  pen->SetColor(QColor(Qt::black));
+  pen->SetWidth(1.0);
+  pen->SetUnit(GCS_UNIT_PIXEL);
+  styles->PushBack(std::move(pen));
+}
 
 }  // namespace
 
@@ -125,6 +153,10 @@ CSourceImporter::E_OUTCOME CSourceImporter::Run(GDALDataset* source, const Optio
   }
 
   if (progress_ != nullptr) progress_->Start("import", totalKnown ? total : 0);
+  // Formats whose features carry styles (KML, DXF, MapInfo...) say so.
+  const bool stylesFeatures =
+      source->GetDriver() != nullptr &&
+      CPLFetchBool(source->GetDriver()->GetMetadata(), GDAL_DCAP_FEATURE_STYLES, false);
   CAnnotationFeature feature;
   for (const SourceLayer& entry : layers) {
     CGeometryConverter geometries;
@@ -153,6 +185,17 @@ CSourceImporter::E_OUTCOME CSourceImporter::Run(GDALDataset* source, const Optio
         summary->convertSeconds += SecondsBetween(readEnd, Clock::now());
         continue;
       }
+      // A GIS layer is drawn as one kind of geometry: a source of another kind is refused whole
+      // (the transaction takes back what was stored) rather than stored half.
+      if (!CGeometryConverter::FitsLayerType(feature.GetGeometryType(), options.layerType)) {
+        const char* family = CGeometryConverter::GisFamilyName(options.layerType);
+        *error = "feature " + std::to_string(read->GetFID()) + " of layer " +
+                 entry.layer->GetName() + " is a " +
+                 OGRGeometryTypeToName(read->GetGeometryRef()->getGeometryType()) + ", but a gis-" +
+                 family + " layer holds " + family +
+                 " geometries only (choose --layer-type annotation, which holds any kind)";
+        return OUTCOME_FAILED;
+      }
       feature.ClearFields();
       const int fieldCount = static_cast<int>(entry.keys.size());
       for (int f = 0; f < fieldCount && f < read->GetFieldCount(); ++f) {
@@ -160,10 +203,14 @@ CSourceImporter::E_OUTCOME CSourceImporter::Run(GDALDataset* source, const Optio
         if (value.isValid()) feature.SetFieldValue(entry.keys[static_cast<size_t>(f)], value);
       }
       feature.GetStyleSet()->Clear();
-      const char* style = read->GetStyleString();
-      if (style != nullptr && *style != '\0' &&
-          CStyleConverter::FromStyleString(style, feature.GetStyleSet()) > 0) {
+      const std::string style = StyleOf(*read, entry.layer, source);
+      if (!style.empty() && CStyleConverter::FromStyleString(style, feature.GetStyleSet()) > 0) {
         ++summary->styled;
+      } else if (stylesFeatures) {
+        // The layer's style is gathered from its features' first styles, and a feature without
+        // one is drawn with it: in a source whose features carry styles, an unstyled feature
+        // would take its neighbour's colours. It gets the host's default as a style of its own.
+        AddDefaultStyle(feature.GetStyleSet());
       }
       feature.SetGroup(entry.group);
       const Clock::time_point writeStart = Clock::now();

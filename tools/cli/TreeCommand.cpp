@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "AnnotationLayerNS.h"
 #include "ArgumentParser.h"
 #include "ChildLister.h"
 #include "CommandContext.h"
@@ -11,7 +12,10 @@
 
 namespace {
 
-Json::Value NodeJson(IAnnotationDBDataModel* model, const CChildLister::Child& child) {
+// `gisParent`: the child is a feature of a GIS layer, which has no status row of its own and is
+// shown as its layer is.
+Json::Value NodeJson(IAnnotationDBDataModel* model, const CChildLister::Child& child,
+                     bool gisParent = false) {
   Json::Value node(Json::objectValue);
   node["kind"] = CNodeFormatter::KindName(child.kind);
   node["uuid"] = child.uuid;
@@ -29,7 +33,7 @@ Json::Value NodeJson(IAnnotationDBDataModel* model, const CChildLister::Child& c
       break;
     default:
       node["name"] = CNodeFormatter::Utf8(child.feature.GetName());
-      node["check"] = child.feature.IsNodeChecked() ? "checked" : "unchecked";
+      node["check"] = gisParent || child.feature.IsNodeChecked() ? "checked" : "unchecked";
       node["type"] = CNodeFormatter::AnnotationTypeName(child.feature.GetType());
       node["children"] = 0;
       break;
@@ -61,9 +65,12 @@ void CTreeCommand::Expand(IAnnotationDBDataModel* model, Json::Value* node, E_NO
   CChildLister lister(features_, true);
   std::vector<CChildLister::Child> children;
   lister.List(model, (*node)["uuid"].asString(), kind, &children);
+  const bool gisLayer = kind == NODE_KIND_LAYER &&
+                        AnnotationLayerNS::IsGISLayer(model->QueryLayerOption(
+                            (*node)["uuid"].asString()).GetType());
   Json::Value nodes(Json::arrayValue);
   for (const CChildLister::Child& child : children) {
-    Json::Value childNode = NodeJson(model, child);
+    Json::Value childNode = NodeJson(model, child, gisLayer);
     Expand(model, &childNode, child.kind, depth + 1);
     nodes.append(childNode);
   }

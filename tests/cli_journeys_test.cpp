@@ -1,0 +1,168 @@
+// The `annotationlayer` tool on real data from end to end: GIS layers listed, measured and
+// renumbered like other layers, KML styles kept feature by feature, and what `render` says it
+// drew. Each runs the built tool as a child process on the bundled world atlas or on files
+// written here.
+#include <gtest/gtest.h>
+#include <json/writer.h>
+
+#include "CliFixtures.h"
+#include "TempDir.h"
+#include "TestDatabase.h"
+
+namespace {
+
+const std::string kAtlas =
+    std::string(ANNOTATIONLAYER_SOURCE_DIR) + "/data/world-atlas/countries-110m.json";
+
+// Two shared styles, one inline style, one feature without any.
+const char kStyledKml[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<kml xmlns="http://www.opengis.net/kml/2.2"><Document>
+<Style id="blue"><LineStyle><color>ffff0000</color><width>3</width></LineStyle></Style>
+<Style id="green"><LineStyle><color>ff006400</color></LineStyle><PolyStyle><color>ff00ff00</color></PolyStyle></Style>
+<Folder><name>roads</name>
+<Placemark><name>blue</name><styleUrl>#blue</styleUrl><LineString><coordinates>0,0 1,1</coordinates></LineString></Placemark>
+<Placemark><name>red</name><Style><LineStyle><color>ff0000ff</color></LineStyle></Style><LineString><coordinates>1,0 2,1</coordinates></LineString></Placemark>
+<Placemark><name>plain</name><LineString><coordinates>2,0 3,1</coordinates></LineString></Placemark>
+<Placemark><name>park</name><styleUrl>#green</styleUrl><Polygon><outerBoundaryIs><LinearRing><coordinates>0,2 1,2 1,3 0,2</coordinates></LinearRing></outerBoundaryIs></Polygon></Placemark>
+</Folder></Document></kml>
+)";
+
+class CliJourneysTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    db_ = dir_.File("notes.db");
+    const CProcessResult created = RunTool({"create", db_, "--json"});
+    ASSERT_EQ(created.exitCode, 0) << created.err;
+    root_ = ParseJson(created.out)["root"].asString();
+  }
+
+  Json::Value Json(std::vector<std::string> args) {
+    args.push_back("--json");
+    const CProcessResult result = RunTool(args);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    return ParseJson(result.out);
+  }
+
+  // The tree's node named `name` (depth first), or null.
+  static Json::Value Find(const Json::Value& node, const std::string& name) {
+    if (node["name"].asString() == name) return node;
+    for (const Json::Value& child : node["nodes"]) {
+      const Json::Value found = Find(child, name);
+      if (!found.isNull()) return found;
+    }
+    return Json::Value();
+  }
+
+  CTempDir dir_;
+  std::string db_;
+  std::string root_;
+};
+
+void ExpectExtent(const Json::Value& extent, const std::vector<double>& expected) {
+  ASSERT_EQ(extent.size(), 4u) << extent;
+  for (Json::ArrayIndex i = 0; i < 4; ++i) EXPECT_NEAR(extent[i].asDouble(), expected[i], 1e-5);
+}
+
+// Every kind of GIS layer: its features listed and counted, each checked without a status row;
+// its extent read from the geometry; renumbering says there is nothing to do.
+TEST_F(CliJourneysTest, GisLayersAreListedMeasuredAndLeftInStoredOrder) {
+  const struct {
+    const char* type;
+    OGRwkbGeometryType kind;
+    std::vector<std::string> wkts;
+    std::vector<double> extent;
+  } kCases[] = {
+      {"gis-point", wkbPoint, {"POINT (10 20)", "POINT (-5 1)", "POINT (3 40)"}, {-5, 1, 10, 40}},
+      {"gis-line", wkbLineString, {"LINESTRING (0 0,4 5)", "LINESTRING (-7 2,1 -3)"},
+       {-7, -3, 4, 5}},
+      {"gis-polygon", wkbPolygon, {"POLYGON ((100 10,120 10,120 30,100 10))"}, {100, 10, 120, 30}},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.type);
+    SourceLayer layer{c.type, c.kind, 4326, {}, {}};
+    for (const std::string& wkt : c.wkts) layer.rows.emplace_back(wkt);
+    const std::string source = dir_.File(std::string(c.type) + ".geojson");
+    ASSERT_TRUE(WriteSource(source, "GeoJSON", {layer}));
+    const CProcessResult imported = RunTool({"import", db_, source, "--layer-type", c.type});
+    ASSERT_EQ(imported.exitCode, 0) << imported.err;
+    const std::string uuid = LayerUuid(db_, c.type);
+
+    const Json::Value node = Find(Json({"tree", db_, "--features"}), c.type);
+    EXPECT_EQ(node["children"].asUInt(), c.wkts.size());
+    ASSERT_EQ(node["nodes"].size(), c.wkts.size()) << node;
+    for (const Json::Value& feature : node["nodes"]) EXPECT_EQ(feature["check"], "checked");
+    ExpectExtent(Json({"info", db_, uuid})["extent"], c.extent);
+
+    const CProcessResult renumbered = RunTool({"rebuild-order", db_, uuid});
+    EXPECT_EQ(renumbered.exitCode, 0) << renumbered.err;
+    EXPECT_NE(renumbered.out.find("nothing to renumber"), std::string::npos) << renumbered.out;
+  }
+  ExpectExtent(Json({"info", db_, root_})["extent"], {-7, -3, 120, 40});
+
+  // A source of another kind than the layer's is refused whole.
+  const std::string layers = QueryScalar(db_, "SELECT COUNT(*) FROM layer");
+  const CProcessResult refused =
+      RunTool({"import", db_, dir_.File("gis-polygon.geojson"), "--layer-type", "gis-point"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_NE(refused.err.find("a gis-point layer holds point geometries only"), std::string::npos)
+      << refused.err;
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM layer"), layers);
+}
+
+// The world atlas as GIS polygons: one container layer holding countries and land, whose extent
+// is that of the world's land, and every country listed.
+TEST_F(CliJourneysTest, TheWorldAtlasComesInAsGisLayers) {
+  const CProcessResult imported = RunTool({"import", db_, kAtlas, "--layer-type", "gis-polygon"});
+  ASSERT_EQ(imported.exitCode, 0) << imported.err;
+  const Json::Value tree = Json({"tree", db_, "--features"});
+  const Json::Value countries = Find(tree, "countries");
+  EXPECT_EQ(countries["children"].asInt(), 177);
+  EXPECT_EQ(countries["nodes"].size(), 177u);
+  ExpectExtent(Json({"info", db_, LayerUuid(db_, "countries-110m")})["extent"],
+               {-180, -85.609038, 180, 83.64513});
+}
+
+// KML's shared, inline and missing styles: each feature drawn as its source says, the unstyled
+// one with the default rather than its neighbour's colours.
+TEST_F(CliJourneysTest, KmlStylesStayWithTheirFeatures) {
+  const std::string kml = dir_.File("styled.kml");
+  ASSERT_TRUE(WriteFileBytes(kml, kStyledKml));
+  const CProcessResult imported = RunTool({"import", db_, kml, "--name-field", "Name"});
+  ASSERT_EQ(imported.exitCode, 0) << imported.err;
+  const Json::Value tree = Json({"tree", db_, "--features"});
+  const struct {
+    const char* feature;
+    const char* style;
+    const char* key;
+    const char* colour;
+  } kCases[] = {
+      {"blue", "pen", "c", "#0000ff"},   // a shared style through styleUrl
+      {"red", "pen", "c", "#ff0000"},    // a style of its own
+      {"plain", "pen", "c", "#000000"},  // none: the host's default
+      {"park", "brush", "fc", "#00ff00"},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.feature);
+    const Json::Value style = Json({"info", db_, Find(tree, c.feature)["uuid"].asString()})["style"];
+    EXPECT_EQ(style[c.style][c.key].asString(), c.colour) << style;
+  }
+  EXPECT_TRUE(Json({"info", db_, Find(tree, "plain")["uuid"].asString()})["style"]["brush"].isNull());
+
+}
+
+// A view cut by the per-pass limit says how much of it was left out; a .jpg is a JPEG.
+TEST_F(CliJourneysTest, RenderSaysWhatTheLimitLeftOutAndWritesJpeg) {
+  ASSERT_EQ(RunTool({"import", db_, kAtlas}).exitCode, 0);
+  const std::string jpg = dir_.File("world.jpg");
+  const Json::Value drawn = Json({"render", db_, "--extent", "-180,-90,180,90", "--size",
+                                  "256x128", "--max-features", "10", "-o", jpg});
+  EXPECT_TRUE(drawn["cut"].asBool()) << drawn;
+  EXPECT_EQ(drawn["in_view"].asInt(), 178) << "177 countries and the land";
+  EXPECT_EQ(ReadFileBytes(jpg).substr(0, 3), "\xFF\xD8\xFF");
+  const CProcessResult gif =
+      RunTool({"render", db_, "--extent", "0,0,1,1", "-o", dir_.File("x.gif")});
+  EXPECT_EQ(gif.exitCode, 2);
+  EXPECT_NE(gif.err.find(".png, .jpg or .jpeg"), std::string::npos) << gif.err;
+}
+
+}  // namespace
