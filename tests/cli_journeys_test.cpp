@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <json/writer.h>
 
+#include <QImage>
+#include <QString>
+
 #include "CliFixtures.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
@@ -166,3 +169,24 @@ TEST_F(CliJourneysTest, RenderSaysWhatTheLimitLeftOutAndWritesJpeg) {
 }
 
 }  // namespace
+
+TEST_F(CliJourneysTest, ANameAtThePicturesEdgeIsMovedInsideWhole) {
+  const std::string source = dir_.File("edge.geojson");
+  ASSERT_TRUE(WriteFileBytes(source, R"({"type":"FeatureCollection","features":[{"type":"Feature",)"
+                                R"("properties":{"name":"EastEdgeName"},)"
+                                R"("geometry":{"type":"Point","coordinates":[9.8,5]}}]})"));
+  ASSERT_EQ(RunTool({"import", db_, source}).exitCode, 0);
+  const std::string png = dir_.File("edge.png");
+  const Json::Value drawn =
+      Json({"render", db_, "--extent", "0,0,10,10", "--size", "200x200", "-o", png});
+  EXPECT_EQ(drawn["labels"].asInt(), 1);
+  // The point sits at pixel (196, 100); its name, which would run off to the right, is drawn to
+  // its left instead.
+  const QImage image(QString::fromStdString(png));
+  ASSERT_FALSE(image.isNull());
+  int ink = 0;
+  for (int y = 75; y < 100; ++y) {
+    for (int x = 100; x < 190; ++x) ink += qGray(image.pixel(x, y)) < 200 ? 1 : 0;
+  }
+  EXPECT_GT(ink, 20);
+}

@@ -250,7 +250,19 @@ bool DrawLabel(QPainter* painter, const CSceneDrawable& drawable, const QPointF&
   place.translate(anchor.x(), anchor.y());
   place.rotate(-style->GetAngle());
   if (!isPoint) place.translate(-bounds.center().x(), -bounds.center().y());
-  const QRectF area = place.mapRect(bounds);
+  QRectF area = place.mapRect(bounds);
+  // A name stays whole inside the picture: moved in from the edge it would cross, left out when
+  // it is larger than the picture.
+  const QRectF frame(0, 0, painter->device()->width(), painter->device()->height());
+  if (area.width() > frame.width() || area.height() > frame.height()) return false;
+  const double dx = area.left() < frame.left()     ? frame.left() - area.left()
+                    : area.right() > frame.right() ? frame.right() - area.right()
+                                                   : 0.0;
+  const double dy = area.top() < frame.top()         ? frame.top() - area.top()
+                    : area.bottom() > frame.bottom() ? frame.bottom() - area.bottom()
+                                                     : 0.0;
+  place *= QTransform::fromTranslate(dx, dy);
+  area.translate(dx, dy);
   for (const QRectF& other : *placed) {
     if (other.intersects(area)) return false;
   }
