@@ -150,7 +150,11 @@ TEST_F(CliJourneysTest, KmlStylesStayWithTheirFeatures) {
     EXPECT_EQ(style[c.style][c.key].asString(), c.colour) << style;
   }
   EXPECT_TRUE(Json({"info", db_, Find(tree, "plain")["uuid"].asString()})["style"]["brush"].isNull());
-
+  // The park's fill survives the way out to KML (GDAL's plain KML writer would drop it).
+  const std::string out = dir_.File("out.kml");
+  const CProcessResult exported = RunTool({"export", db_, Find(tree, "roads")["uuid"].asString(), out});
+  ASSERT_EQ(exported.exitCode, 0) << exported.err;
+  EXPECT_NE(ReadFileBytes(out).find("<color>ff00ff00</color>"), std::string::npos);
 }
 
 // A view cut by the per-pass limit says how much of it was left out; a .jpg is a JPEG.

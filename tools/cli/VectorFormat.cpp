@@ -8,9 +8,10 @@
 
 namespace {
 
-// Preferred drivers for extensions that several drivers claim, best first.
+// Preferred drivers for extensions that several drivers claim, best first. LIBKML before KML:
+// the plain KML writer drops polygon fills.
 const char* const kPreferred[] = {"GPKG",    "GeoJSON", "ESRI Shapefile", "FlatGeobuf", "CSV",
-                                  "KML",     "LIBKML",  "SQLite",         "GML",        "GPX",
+                                  "LIBKML",  "KML",     "SQLite",         "GML",        "GPX",
                                   "GeoJSONSeq", "MapInfo File", "DXF"};
 
 std::string Lower(std::string text) {
