@@ -8,7 +8,11 @@
 #include <QImage>
 #include <QString>
 
+#include <cmath>
+
+#include "AnnotationFeature.h"
 #include "CliFixtures.h"
+#include "SpatialiteDBDataModel.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
 
@@ -193,4 +197,27 @@ TEST_F(CliJourneysTest, ANameAtThePicturesEdgeIsMovedInsideWhole) {
     for (int x = 100; x < 190; ++x) ink += qGray(image.pixel(x, y)) < 200 ? 1 : 0;
   }
   EXPECT_GT(ink, 20);
+}
+
+// Fiji and eastern Russia cross the antimeridian; the atlas stores their rings leaping from +180
+// to -180. They come in cut there, so that no part draws a stripe around the world.
+TEST_F(CliJourneysTest, ShapesCrossingTheAntimeridianAreCutThere) {
+  ASSERT_EQ(RunTool({"import", db_, kAtlas}).exitCode, 0);
+  CSpatialiteDBDataModel model;
+  model.Initialize("reader");
+  ASSERT_TRUE(model.Install(db_));
+  for (const char* name : {"Fiji", "Russia"}) {
+    SCOPED_TRACE(name);
+    CAnnotationFeature shape;
+    const std::string uuid =
+        QueryScalar(db_, std::string("SELECT uuid FROM shape WHERE name = '") + name + "'");
+    ASSERT_TRUE(model.QueryGeometryData(uuid, &shape));
+    EXPECT_GT(shape.GetPartCount(), 1);
+    for (int p = 0; p < shape.GetPartCount(); ++p) {
+      const CGeometryData& part = shape.GetPart(p);
+      for (int i = 1; i < part.GetSize(); ++i) {
+        ASSERT_LE(std::fabs(part.At(i).X() - part.At(i - 1).X()), 180) << "part " << p;
+      }
+    }
+  }
 }

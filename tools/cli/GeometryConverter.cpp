@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "AntimeridianCut.h"
 #include "GeometryData.h"
 #include "IAnnotationFeature.h"
 #include "Vector3D.h"
@@ -119,6 +120,11 @@ CGeometryConverter::E_RESULT CGeometryConverter::ToFeature(const OGRGeometry* ge
     if (!IsTransformable(*source)) return RESULT_TRANSFORM_FAILED;
     if (!owned) owned.reset(geometry->clone());
     if (owned->transform(transform_.get()) != OGRERR_NONE) return RESULT_TRANSFORM_FAILED;
+    source = owned.get();
+  }
+  // In longitude/latitude now: a shape that leaps across the antimeridian is cut there.
+  if (OGRGeometryUniquePtr cut = CAntimeridianCut::Cut(*source)) {
+    owned = std::move(cut);
     source = owned.get();
   }
   const E_RESULT result = FillParts(*source, feature);

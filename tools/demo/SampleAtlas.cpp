@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "AntimeridianCut.h"
 #include "FolderOption.h"
 #include "IAnnotationDBDataModel.h"
 #include "SourceImporter.h"
@@ -72,62 +73,6 @@ bool AddFeature(OGRLayer* layer, std::unique_ptr<OGRGeometry> geometry, const ch
   feature.SetStyleString(style);
   for (const auto& text : texts) feature.SetField(text.first, text.second.c_str());
   return layer->CreateFeature(&feature) == OGRERR_NONE;
-}
-
-// Whether a line leaps across the antimeridian between vertex i - 1 and i: more than 180 degrees
-// of longitude apart, away from the poles (where Antarctica's ring runs along the edge of the map
-// on purpose).
-bool LeapsAt(const OGRSimpleCurve& line, int i) {
-  const bool polar = std::fabs(line.getY(i)) > 89.9 && std::fabs(line.getY(i - 1)) > 89.9;
-  return !polar && std::fabs(line.getX(i) - line.getX(i - 1)) > 180;
-}
-
-bool CrossesAntimeridian(const OGRSimpleCurve& line) {
-  for (int i = 1; i < line.getNumPoints(); ++i) {
-    if (LeapsAt(line, i)) return true;
-  }
-  return false;
-}
-
-// Natural Earth stores the few polygons that cross the antimeridian (Fiji, eastern Russia) as
-// rings leaping from +180 to -180, which a flat map draws as a line around the world. Such rings
-// are made continuous (west longitudes + 360) and then cut at the antimeridian by GDAL.
-std::unique_ptr<OGRGeometry> SplitAtAntimeridian(const OGRGeometry* shape) {
-  std::unique_ptr<OGRGeometry> copy(shape->clone());
-  bool crossed = false;
-  auto unwrap = [&](OGRPolygon* polygon) {
-    for (OGRLinearRing* ring : *polygon) {
-      if (!CrossesAntimeridian(*ring)) continue;
-      crossed = true;
-      for (int i = 0; i < ring->getNumPoints(); ++i) {
-        if (ring->getX(i) < 0) ring->setPoint(i, ring->getX(i) + 360, ring->getY(i));
-      }
-    }
-  };
-  switch (wkbFlatten(copy->getGeometryType())) {
-    case wkbPolygon: unwrap(copy->toPolygon()); break;
-    case wkbMultiPolygon:
-      for (OGRPolygon* polygon : *copy->toMultiPolygon()) unwrap(polygon);
-      break;
-    default: break;
-  }
-  if (!crossed) return copy;
-  // A ring GEOS finds invalid cannot be cut; it keeps its original form, quietly.
-  OGRSpatialReference wgs84;
-  wgs84.SetWellKnownGeogCS("WGS84");
-  wgs84.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
-  std::unique_ptr<OGRCoordinateTransformation> identity(
-      OGRCreateCoordinateTransformation(&wgs84, &wgs84));
-  const char* const options[] = {"WRAPDATELINE=YES", nullptr};
-  CPLPushErrorHandler(CPLQuietErrorHandler);
-  std::unique_ptr<OGRGeometry> split(identity ? OGRGeometryFactory::transformWithOptions(
-                                                    copy.get(), identity.get(),
-                                                    const_cast<char**>(options))
-                                              : nullptr);
-  const bool valid = split && split->IsValid();
-  CPLPopErrorHandler();
-  if (valid) return split;
-  return std::unique_ptr<OGRGeometry>(shape->clone());
 }
 
 // The outer ring of every polygon of `geometry`, as line strings.
@@ -219,8 +164,9 @@ bool CSampleAtlas::Build(IAnnotationDBDataModel* model, const std::string& path,
   int index = 0;
   for (auto& country : *countries) {
     if (country->GetGeometryRef() == nullptr || country->GetGeometryRef()->IsEmpty()) continue;
-    const std::unique_ptr<OGRGeometry> split = SplitAtAntimeridian(country->GetGeometryRef());
-    const OGRGeometry* shape = split.get();
+    // Cut as the import would cut it, so that its area and centre are those of what is drawn.
+    const OGRGeometryUniquePtr cut = CAntimeridianCut::Cut(*country->GetGeometryRef());
+    const OGRGeometry* shape = cut ? cut.get() : country->GetGeometryRef();
     const std::string name = country->GetFieldAsString("name");
     const std::string id = country->GetFieldAsString("id");
     const double area = OGR_G_Area(OGRGeometry::ToHandle(const_cast<OGRGeometry*>(shape)));
@@ -246,15 +192,14 @@ bool CSampleAtlas::Build(IAnnotationDBDataModel* model, const std::string& path,
     // A coastline that leaps across the antimeridian is cut there into two lines.
     std::vector<std::unique_ptr<OGRLineString>> lines;
     for (auto& outline : OuterRings(feature->GetGeometryRef())) {
-      auto piece = std::make_unique<OGRLineString>();
-      for (int i = 0; i < outline->getNumPoints(); ++i) {
-        if (i > 0 && LeapsAt(*outline, i)) {
-          if (piece->getNumPoints() > 1) lines.push_back(std::move(piece));
-          piece = std::make_unique<OGRLineString>();
-        }
-        piece->addPoint(outline->getX(i), outline->getY(i));
+      OGRGeometryUniquePtr cut = CAntimeridianCut::Cut(*outline);
+      if (!cut) {
+        lines.push_back(std::move(outline));
+        continue;
       }
-      if (piece->getNumPoints() > 1) lines.push_back(std::move(piece));
+      for (const OGRLineString* piece : *cut->toMultiLineString()) {
+        lines.push_back(std::make_unique<OGRLineString>(*piece));
+      }
     }
     for (auto& line : lines) {
       const int vertices = line->getNumPoints();
