@@ -81,17 +81,12 @@ TEST_F(ArgumentParserTest, ReadsPositionalsOptionsAndFlags) {
   EXPECT_EQ(parser_.Value("under"), "u1");
   EXPECT_TRUE(parser_.Has("json"));
   EXPECT_FALSE(parser_.HelpRequested());
-}
-
-TEST_F(ArgumentParserTest, TakesInlineValuesAndValuesThatLookLikeOptions) {
+  EXPECT_EQ(parser_.Value("missing", "fallback"), "fallback");
+  // Values may look like options; "--" ends the options.
   ASSERT_TRUE(Parse({"a.db", "b.json", "--under=-1,-2"}));
   EXPECT_EQ(parser_.Value("under"), "-1,-2");
   ASSERT_TRUE(Parse({"a.db", "--under", "-5", "b.json"}));
   EXPECT_EQ(parser_.Value("under"), "-5");
-  EXPECT_EQ(parser_.Value("missing", "fallback"), "fallback");
-}
-
-TEST_F(ArgumentParserTest, DoubleDashEndsOptions) {
   ASSERT_TRUE(Parse({"--", "--odd.db", "-"}));
   EXPECT_EQ(parser_.Positional("DB"), "--odd.db");
   EXPECT_EQ(parser_.Positional("SOURCE"), "-");
@@ -150,7 +145,7 @@ TEST(ArgumentNumbers, ParsesListsOfFiniteNumbers) {
 
 // ---- Progress bar ----
 
-TEST(ProgressBar, DrawsABarAndClearsItsLine) {
+TEST(ProgressBar, DrawsABarClearsItsLineAndKeepsQuietWhenDisabled) {
   std::unique_ptr<std::FILE, FileCloser> file(std::tmpfile());
   ASSERT_TRUE(file);
   {
@@ -165,26 +160,20 @@ TEST(ProgressBar, DrawsABarAndClearsItsLine) {
       << "the empty bar at the start";
   EXPECT_NE(text.find("[##############################] 100%  4/4"), std::string::npos);
   EXPECT_EQ(text.substr(text.size() - 4), "\r\033[K");
-}
 
-TEST(ProgressBar, CountsWithoutATotal) {
-  std::unique_ptr<std::FILE, FileCloser> file(std::tmpfile());
-  ASSERT_TRUE(file);
-  CProgressBar bar(file.get(), true);
+  std::unique_ptr<std::FILE, FileCloser> counted(std::tmpfile());
+  CProgressBar bar(counted.get(), true);
   bar.Start("rebuild", 0);
-  EXPECT_NE(Contents(file.get()).find("rebuild  0"), std::string::npos);
+  EXPECT_NE(Contents(counted.get()).find("rebuild  0"), std::string::npos) << "no total";
   EXPECT_EQ(bar.Done(), 0);
-}
 
-TEST(ProgressBar, DisabledWritesNothing) {
-  std::unique_ptr<std::FILE, FileCloser> file(std::tmpfile());
-  ASSERT_TRUE(file);
+  std::unique_ptr<std::FILE, FileCloser> quiet(std::tmpfile());
   {
-    CProgressBar bar(file.get(), false);
-    bar.Start("import", 10);
-    bar.Update(10);
+    CProgressBar disabled(quiet.get(), false);
+    disabled.Start("import", 10);
+    disabled.Update(10);
   }
-  EXPECT_EQ(Contents(file.get()), "");
+  EXPECT_EQ(Contents(quiet.get()), "");
 }
 
 // ---- Output formats ----
@@ -218,15 +207,6 @@ TEST(VectorFormat, ExplainsWhatItCannotChoose) {
   EXPECT_NE(error.find("unknown format 'NoSuchDriver'"), std::string::npos);
   EXPECT_EQ(CVectorFormat::ForOutput("a.gpkg", "GTiff", &error), nullptr);
   EXPECT_NE(error.find("cannot write vector data"), std::string::npos);
-}
-
-TEST(VectorFormat, CsvLayersKeepGeometryAndTypes) {
-  std::string error;
-  GDALDriver* csv = CVectorFormat::ForOutput("a.csv", "", &error);
-  ASSERT_NE(csv, nullptr);
-  EXPECT_EQ(CVectorFormat::LayerOptions(csv),
-            (std::vector<std::string>{"GEOMETRY=AS_WKT", "CREATE_CSVT=YES"}));
-  EXPECT_TRUE(CVectorFormat::LayerOptions(CVectorFormat::ForOutput("a.gpkg", "", &error)).empty());
 }
 
 // ---- Geometry ----
@@ -449,18 +429,6 @@ TEST(FieldConverter, GivesTypedValuesAndSetsThemBack) {
     EXPECT_TRUE(copy.IsFieldNull(7));
   }
   definition->Release();
-}
-
-TEST(FieldConverter, MapsModuleTypesToOgrTypes) {
-  OGRFieldSubType subType = OFSTNone;
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_BOOL, &subType), OFTInteger);
-  EXPECT_EQ(subType, OFSTBoolean);
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_INT, &subType), OFTInteger);
-  EXPECT_EQ(subType, OFSTNone);
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_INT64, &subType), OFTInteger64);
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_DOUBLE, &subType), OFTReal);
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_TEXT, &subType), OFTString);
-  EXPECT_EQ(CFieldConverter::OgrType(FIELD_OFST_TYPE_NONE, &subType), OFTString);
 }
 
 // ---- Styles ----
