@@ -117,41 +117,25 @@ TEST(AnnotationRendererTest, OneScenePerViewMadeOnFirstUse) {
 }
 
 TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrder) {
+  // A red square with a red outline, and a blue square over its right half drawn later because of
+  // its higher z value.
+  auto square = [](const std::string& key, int64_t owner, double x0, QColor fill, int z) {
+    CSceneDrawable drawable = Point(key, owner, 0, 0, z);
+    drawable.geometryType = GEOMETRY_DATA_TYPE_POLYGON;
+    drawable.parts[0] = CGeometryData(
+        std::vector<CVector3D>{{x0, 2, 0}, {8, 2, 0}, {8, 8, 0}, {x0, 8, 0}});
+    auto brush = std::make_unique<CFeatureBrushStyle>();
+    brush->SetForegroundColor(fill);
+    drawable.styles.PushBack(std::move(brush));
+    return drawable;
+  };
   CAnnotationScene scene(1);
-  CSceneDrawable square;
-  square.key = "square";
-  square.owner = 1;
-  square.geometryType = GEOMETRY_DATA_TYPE_POLYGON;
-  CGeometryData ring;
-  for (const auto& xy : {std::make_pair(2.0, 2.0), std::make_pair(8.0, 2.0),
-                         std::make_pair(8.0, 8.0), std::make_pair(2.0, 8.0)}) {
-    ring.PushBack(CVector3D(xy.first, xy.second, 0));
-  }
-  square.parts.push_back(ring);
-  auto brush = std::make_unique<CFeatureBrushStyle>();
-  brush->SetForegroundColor(QColor(Qt::red));
-  square.styles.PushBack(std::move(brush));
+  CSceneDrawable red = square("square", 1, 2, QColor(Qt::red), 1);
   auto pen = std::make_unique<CFeaturePenStyle>();
   pen->SetColor(QColor(Qt::red));
-  square.styles.PushBack(std::move(pen));
-  square.display.zValue = 1;
-  scene.Attach(square);
-
-  // A blue square over the right half, drawn later because of its higher z value.
-  CSceneDrawable over = square;
-  over.key = "over";
-  over.owner = 2;
-  over.display.zValue = 2;
-  over.parts[0] = CGeometryData();
-  for (const auto& xy : {std::make_pair(5.0, 2.0), std::make_pair(8.0, 2.0),
-                         std::make_pair(8.0, 8.0), std::make_pair(5.0, 8.0)}) {
-    over.parts[0].PushBack(CVector3D(xy.first, xy.second, 0));
-  }
-  over.styles.Clear();
-  auto blue = std::make_unique<CFeatureBrushStyle>();
-  blue->SetForegroundColor(QColor(Qt::blue));
-  over.styles.PushBack(std::move(blue));
-  scene.Attach(over);
+  red.styles.PushBack(std::move(pen));
+  scene.Attach(red);
+  scene.Attach(square("over", 2, 5, QColor(Qt::blue), 2));
   scene.Attach(Point("dot", 3, 1, 9, 0));
 
   QImage image(100, 100, QImage::Format_ARGB32);

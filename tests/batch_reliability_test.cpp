@@ -80,7 +80,9 @@ int CountLinesStarting(const std::string& text, const std::string& prefix) {
   return count;
 }
 
-std::vector<std::string> WorkerArgs(std::vector<std::string> args) {
+// The crash worker's command line for `args`, "DB" replaced by `path`.
+std::vector<std::string> WorkerArgs(std::vector<std::string> args, const std::string& path) {
+  for (std::string& arg : args) arg = arg == "DB" ? path : arg;
   args.insert(args.begin(), CRASH_WORKER_PATH);
   return args;
 }
@@ -93,7 +95,7 @@ CProcessResult RunAndKillAfter(const std::vector<std::string>& args, const std::
   runner.SetErrorWatcher([&](pid_t pid, const std::string& err) {
     if (!killed && HasLine(err, stop)) killed = kill(pid, SIGKILL) == 0;
   });
-  return runner.Run(WorkerArgs(args));
+  return runner.Run(args);
 }
 
 // What the database holds, table by table: the row count and a digest of every row (clock stamps
@@ -166,8 +168,8 @@ std::string DescribeDifferences(const DbState& now, const DbState& before, const
 // One long operation of the crash worker, to be killed at many points.
 struct KillSweep {
   std::string name;
-  // The worker's arguments for the database at a path.
-  std::function<std::vector<std::string>(const std::string& path)> args;
+  // The worker's arguments, "DB" standing for the database's path.
+  std::vector<std::string> args;
   // The finished operation leaves the same rows on every run (it makes no uuids, reads no clock),
   // so the state after compares row by row; otherwise by row counts.
   bool exactAfter = false;
@@ -219,7 +221,7 @@ class ReliabilityTest : public ::testing::Test {
     ASSERT_TRUE(WriteFileBytes(full, pristine));
     CProcessRunner runner;
     runner.SetTimeoutSeconds(120);
-    const CProcessResult complete = runner.Run(WorkerArgs(sweep.args(full)));
+    const CProcessResult complete = runner.Run(WorkerArgs(sweep.args, full));
     ASSERT_EQ(0, complete.exitCode) << complete.err;
     const int marks = CountLinesStarting(complete.err, "mark ");
     ASSERT_GE(marks, kKillPoints) << complete.err;
@@ -243,7 +245,7 @@ class ReliabilityTest : public ::testing::Test {
         std::remove((db_.Path() + suffix).c_str());
       }
       ASSERT_TRUE(WriteFileBytes(db_.Path(), pristine));
-      const CProcessResult run = RunAndKillAfter(sweep.args(db_.Path()), stop);
+      const CProcessResult run = RunAndKillAfter(WorkerArgs(sweep.args, db_.Path()), stop);
       ASSERT_FALSE(run.timedOut);
       ASSERT_TRUE(HasLine(run.err, stop)) << "the worker did not get there:\n" << run.err;
       // A worker close to its end may finish before the signal lands.
@@ -290,12 +292,7 @@ class ReliabilityTest : public ::testing::Test {
 
 TEST_F(ReliabilityTest, ImportKilledAnywhereIsAllOrNothing) {
   const int rows = 10000 / kRowScale;
-  const std::string parent = folder_;
-  RunKillSweep({"import",
-                [=](const std::string& path) {
-                  return std::vector<std::string>{"import", path, parent, std::to_string(rows),
-                                                  std::to_string(rows / 100)};
-                },
+  RunKillSweep({"import", {"import", "DB", folder_, std::to_string(rows), std::to_string(rows / 100)},
                 false, true});
 }
 
@@ -304,38 +301,22 @@ TEST_F(ReliabilityTest, DeletionKilledAnywhereIsAllOrNothing) {
   const std::string doomed = tree_.AddFolder(folder_, "doomed");
   const int perLayer = 500 / kRowScale;
   for (int i = 0; i < 20; ++i) ImportLayer("big" + std::to_string(i), perLayer, doomed);
-  RunKillSweep({"delete",
-                [=](const std::string& path) {
-                  return std::vector<std::string>{"delete", path, doomed,
-                                                  std::to_string(perLayer)};
-                },
-                true, true});
+  RunKillSweep({"delete", {"delete", "DB", doomed, std::to_string(perLayer)}, true, true});
 }
 
 TEST_F(ReliabilityTest, CopyKilledAnywhereIsAllOrNothing) {
   const int rows = 2000 / kRowScale;
   const std::string layer = ImportLayer("small", rows);
   const std::string target = tree_.AddFolder(db_.RootUUID(), "target");
-  RunKillSweep({"copy",
-                [=](const std::string& path) {
-                  return std::vector<std::string>{"copy", path, layer, target,
-                                                  std::to_string(rows / 100)};
-                },
-                false, true});
+  RunKillSweep({"copy", {"copy", "DB", layer, target, std::to_string(rows / 100)}, false, true});
 }
 
 TEST_F(ReliabilityTest, OrderRebuildKilledAnywhereIsAllOrNothing) {
   const int rows = 3000 / kRowScale;
   ImportLayer("unordered", rows);
   ASSERT_TRUE(ExecSql(model_.GetConnection(), "UPDATE shape_order SET order_num = -1", ""));
-  const std::string parent = folder_;
   // The rebuilder says nothing before its commit: a finished state needs no announcement.
-  RunKillSweep({"rebuild",
-                [=](const std::string& path) {
-                  return std::vector<std::string>{"rebuild", path, parent,
-                                                  std::to_string(rows / 100)};
-                },
-                true, false});
+  RunKillSweep({"rebuild", {"rebuild", "DB", folder_, std::to_string(rows / 100)}, true, false});
 }
 
 TEST_F(ReliabilityTest, LockedDatabaseFailsTheWritesAndKeepsTheFile) {

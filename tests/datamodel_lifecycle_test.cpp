@@ -80,34 +80,29 @@ TEST(DataModelIdentityTest, InitializeAndUninitialize) {
   EXPECT_EQ("", model.GetObjectName());
 }
 
-TEST_F(DataModelTest, InstallOpensReadWriteWithPragmas) {
+TEST_F(DataModelTest, InstallOpensReadWriteWithPragmasOnce) {
   EXPECT_TRUE(model_.IsInstalled());
   EXPECT_EQ(db_.Path(), model_.GetFilePath());
   EXPECT_FALSE(model_.IsInTransaction());
-  CSqlStatement fk(model_.GetConnection(), "PRAGMA foreign_keys", "");
-  ASSERT_TRUE(fk.StepRow());
-  EXPECT_EQ(0, fk.ColumnInt(0));
-  CSqlStatement sync(model_.GetConnection(), "PRAGMA synchronous", "");
-  ASSERT_TRUE(sync.StepRow());
-  EXPECT_EQ(0, sync.ColumnInt(0));
-}
+  CSqlStatement pragmas(model_.GetConnection(),
+                        "SELECT (SELECT foreign_keys FROM pragma_foreign_keys) || "
+                        "(SELECT synchronous FROM pragma_synchronous)", "");
+  ASSERT_TRUE(pragmas.StepRow());
+  EXPECT_EQ("00", pragmas.ColumnText(0, false));
+  pragmas.Finalize();
 
-TEST_F(DataModelTest, SecondInstallKeepsTheFirstConnection) {
   sqlite3* first = model_.GetConnection();
   CTestDatabase other("other.db");
-  EXPECT_FALSE(model_.Install(other.Path()));
+  EXPECT_FALSE(model_.Install(other.Path())) << "a second install keeps the first connection";
   EXPECT_EQ(first, model_.GetConnection());
   EXPECT_EQ(db_.Path(), model_.GetFilePath());
-}
 
-TEST_F(DataModelTest, UninstallThenInstallAgain) {
   EXPECT_TRUE(model_.Uninstall());
   EXPECT_FALSE(model_.IsInstalled());
   EXPECT_EQ(nullptr, model_.GetConnection());
   EXPECT_TRUE(model_.Uninstall());
   EXPECT_FALSE(model_.BeginTransaction());
   EXPECT_TRUE(model_.Install(db_.Path()));
-  EXPECT_TRUE(model_.IsInstalled());
 }
 
 TEST(DataModelBadInputTest, EveryBadFileFailsWithOneLineAndStaysUntouched) {
@@ -160,77 +155,44 @@ TEST(DataModelBadInputTest, EveryBadFileFailsWithOneLineAndStaysUntouched) {
   }
 }
 
-TEST(DataModelBadInputTest, ReadOnlyFileWithoutMetadataFailsToOpenReadOnly) {
-  // What the model's read-write open meets on a file it may not write: the same handler refusal.
-  CTempDir dir;
-  const std::string path = dir.File("ro.db");
-  sqlite3* db = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open(path.c_str(), &db));
-  sqlite3_exec(db, "CREATE TABLE folder(uuid TEXT)", nullptr, nullptr, nullptr);
-  sqlite3_close(db);
-  const std::string before = ReadFileBytes(path);
-  CSpatialiteHandler handler;
-  CZuLogCapture capture;
-  EXPECT_FALSE(handler.Open(path, true));
-  EXPECT_EQ(1u, capture.Lines().size());
-  EXPECT_EQ(before, ReadFileBytes(path));
-}
-
-TEST_F(DataModelTest, NestedBeginCommitIssueOneBeginAndOneCommit) {
+// Only the outermost begin, commit and rollback reach SQLite; an inner rollback only counts down.
+TEST_F(DataModelTest, NestedTransactionsIssueOnlyTheOuterStatements) {
   StatementTrace trace(model_.GetConnection());
   CZuLogCapture capture;
   ASSERT_TRUE(model_.BeginTransaction());
-  EXPECT_TRUE(model_.IsInTransaction());
   ASSERT_TRUE(model_.BeginTransaction());
   EXPECT_EQ(2, model_.GetTransactionDepth());
-  ASSERT_TRUE(InsertFolderRow("a"));
-  ASSERT_TRUE(model_.CommitTransaction());
+  ASSERT_TRUE(InsertFolderRow("kept"));
+  EXPECT_TRUE(model_.RollBackTransaction());
   EXPECT_TRUE(model_.IsInTransaction());
   ASSERT_TRUE(model_.CommitTransaction());
   EXPECT_FALSE(model_.IsInTransaction());
   EXPECT_EQ(1, trace.Count("BEGIN"));
   EXPECT_EQ(1, trace.Count("COMMIT"));
+  EXPECT_EQ(0, trace.Count("ROLLBACK"));
   EXPECT_EQ(2, CountFolders());
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("启动事务") + " >>>>>"));
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("提交事务") + " <<<<<"));
-}
 
-TEST_F(DataModelTest, InnerRollBackOnlyCountsDown) {
-  StatementTrace trace(model_.GetConnection());
-  ASSERT_TRUE(model_.BeginTransaction());
-  ASSERT_TRUE(model_.BeginTransaction());
-  ASSERT_TRUE(InsertFolderRow("kept"));
-  EXPECT_TRUE(model_.RollBackTransaction());
-  EXPECT_TRUE(model_.CommitTransaction());
-  EXPECT_EQ(0, trace.Count("ROLLBACK"));
-  EXPECT_EQ(1, trace.Count("COMMIT"));
-  EXPECT_EQ("1", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder WHERE uuid = 'kept'"));
-}
-
-TEST_F(DataModelTest, OuterRollBackDiscardsTheWork) {
-  CZuLogCapture capture;
   ASSERT_TRUE(model_.BeginTransaction());
   ASSERT_TRUE(InsertFolderRow("gone"));
   EXPECT_TRUE(model_.RollBackTransaction());
   EXPECT_EQ(0, model_.GetTransactionDepth());
-  EXPECT_EQ("0", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder WHERE uuid = 'gone'"));
+  EXPECT_EQ(2, CountFolders());
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("回滚事务") + " <<<<<"));
 }
 
-TEST_F(DataModelTest, UnmatchedCommitLeavesDepthMinusOne) {
+TEST_F(DataModelTest, UnmatchedCommitAndFailedBegin) {
   StatementTrace trace(model_.GetConnection());
   EXPECT_TRUE(model_.CommitTransaction());
-  EXPECT_EQ(-1, model_.GetTransactionDepth());
+  EXPECT_EQ(-1, model_.GetTransactionDepth()) << "kept as it is";
   EXPECT_FALSE(model_.IsInTransaction());
-  EXPECT_EQ(0, trace.Count("COMMIT"));
   ASSERT_TRUE(model_.BeginTransaction());
   EXPECT_EQ(1, model_.GetTransactionDepth());
-  EXPECT_EQ(1, trace.Count("BEGIN"));
   EXPECT_TRUE(model_.CommitTransaction());
+  EXPECT_EQ(1, trace.Count("BEGIN"));
   EXPECT_EQ(1, trace.Count("COMMIT"));
-}
 
-TEST_F(DataModelTest, FailedBeginKeepsTheDepth) {
   // A transaction opened behind the model's back makes its BEGIN fail.
   ASSERT_TRUE(AnnotationLayerInner::ExecSql(model_.GetConnection(), "BEGIN", ""));
   CZuLogCapture capture;

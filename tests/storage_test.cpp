@@ -35,95 +35,50 @@ bool TableExists(sqlite3* db, const std::string& table) {
 
 }  // namespace
 
-TEST(TextConversionTest, Cp936RoundTrip) {
+TEST(TextConversionTest, Cp936RoundTripAndInvalidBytes) {
   const std::string utf8 = "\xe6\xb3\xa8\xe8\xae\xb0 layer";  // "注记 layer"
-  const std::string local = Utf8ToLocal(utf8);
-  EXPECT_EQ("\xd7\xa2\xbc\xc7 layer", local);
-  EXPECT_EQ(utf8, LocalToUtf8(local));
-  EXPECT_EQ("plain ascii", LocalToUtf8("plain ascii"));
+  EXPECT_EQ("\xd7\xa2\xbc\xc7 layer", Utf8ToLocal(utf8));
+  EXPECT_EQ(utf8, LocalToUtf8(Utf8ToLocal(utf8)));
   EXPECT_EQ("", Utf8ToLocal(""));
-}
-
-TEST(TextConversionTest, InvalidBytesGiveDefinedResults) {
   // A lone lead byte of a double-byte character and bytes that are not UTF-8 at all.
-  const std::string brokenLocal = "a\x81";
-  const std::string utf8 = LocalToUtf8(brokenLocal);
-  EXPECT_EQ('a', utf8[0]);
-  EXPECT_FALSE(utf8.empty());
-  const std::string brokenUtf8 = "\xff\xfe x";
-  const std::string local = Utf8ToLocal(brokenUtf8);
-  EXPECT_NE(std::string::npos, local.find(" x"));
+  EXPECT_EQ("a", LocalToUtf8("a\x81").substr(0, 1));
+  EXPECT_NE(std::string::npos, Utf8ToLocal("\xff\xfe x").find(" x"));
   // Characters outside code page 936 become a substitute, never an empty or cut result.
   EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
 }
 
-TEST(SpatialiteHandlerTest, OpenRefusesEmptyAndMissingPaths) {
+// Foreign files and directories are refused by the data model's install (datamodel_lifecycle_test).
+TEST(SpatialiteHandlerTest, OpenRefusesWhatItCannotOpenAndAddsMetadataOnlyReadWrite) {
   CTempDir dir;
   CSpatialiteHandler handler;
   CZuLogCapture capture;
   EXPECT_FALSE(handler.Open("", false));
   EXPECT_EQ(std::vector<std::string>{"[CSpatialiteHandler] Open Error! empty path"},
             capture.Lines());
-  capture.Clear();
   const std::string missing = dir.File("missing.db");
   EXPECT_FALSE(handler.Open(missing, false));
-  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] Open Error! "));
-  EXPECT_EQ(nullptr, handler.GetDB());
-  EXPECT_FALSE(FileExists(missing));
+  EXPECT_EQ(2, capture.Count("[CSpatialiteHandler] Open Error! "));  // with the empty path
   EXPECT_FALSE(handler.OpenNoSpatial(missing, true));
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenNoSpatial Error! "));
-  EXPECT_TRUE(handler.Close());
-}
+  EXPECT_FALSE(FileExists(missing));
 
-TEST(SpatialiteHandlerTest, OpenByCreateMakesFileWithMetadata) {
-  CTempDir dir;
-  const std::string path = dir.File("new.db");
-  CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.OpenByCreate(path));
+  const std::string plain = dir.File("plain.db");
+  ASSERT_TRUE(MakePlainSqliteFile(plain));
+  const std::string before = ReadFileBytes(plain);
+  EXPECT_FALSE(handler.Open(plain, true));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
+  EXPECT_EQ(nullptr, handler.GetDB());
+  EXPECT_EQ(before, ReadFileBytes(plain));
+  ASSERT_TRUE(handler.Open(plain, false));
   EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
-  EXPECT_TRUE(handler.OpenByCreate(path));  // already open
   EXPECT_TRUE(handler.Close());
   EXPECT_EQ(nullptr, handler.GetDB());
   EXPECT_TRUE(handler.Close());  // closing a closed handler
-}
 
-TEST(SpatialiteHandlerTest, OpenAddsMetadataReadWriteButFailsReadOnly) {
-  CTempDir dir;
-  const std::string rw = dir.File("rw.db");
-  ASSERT_TRUE(MakePlainSqliteFile(rw));
-  CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.Open(rw, false));
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("new.db")));
   EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
+  EXPECT_TRUE(handler.OpenByCreate(dir.File("new.db")));  // already open
   handler.Close();
-
-  const std::string ro = dir.File("ro.db");
-  ASSERT_TRUE(MakePlainSqliteFile(ro));
-  const std::string before = ReadFileBytes(ro);
-  CZuLogCapture capture;
-  EXPECT_FALSE(handler.Open(ro, true));
-  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
-  EXPECT_EQ(nullptr, handler.GetDB());
-  EXPECT_EQ(before, ReadFileBytes(ro));
-}
-
-TEST(SpatialiteHandlerTest, ForeignFilesFailWithoutChange) {
-  CTempDir dir;
-  const std::string text = dir.File("notes.txt");
-  const std::string content(4096, 'x');
-  ASSERT_TRUE(WriteFileBytes(text, content));
-  CSpatialiteHandler handler;
-  {
-    CZuLogCapture capture;
-    EXPECT_FALSE(handler.Open(text, false));
-    EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
-  }
-  EXPECT_EQ(nullptr, handler.GetDB());
-  EXPECT_EQ(content, ReadFileBytes(text));
-
-  CZuLogCapture capture;
-  EXPECT_FALSE(handler.Open(dir.Path(), false));  // a directory
-  EXPECT_EQ(nullptr, handler.GetDB());
-  EXPECT_EQ(1u, capture.Lines().size());
 }
 
 TEST(SpatialiteHandlerTest, OpenNoSpatialThenOpenOpensASecondConnection) {
@@ -170,14 +125,9 @@ TEST(SpatialiteHandlerTest, AddGeometryColumnCreatesOnlyWhatIsMissing) {
 }
 
 TEST(SpatialiteHandlerTest, GeometryTypeNames) {
-  EXPECT_EQ("POINTZ", CSpatialiteHandler::GeometryTypeName(1001));
-  EXPECT_EQ("LINESTRINGZ", CSpatialiteHandler::GeometryTypeName(1002));
-  EXPECT_EQ("POLYGONZ", CSpatialiteHandler::GeometryTypeName(1003));
-  EXPECT_EQ("MULTIPOINTZ", CSpatialiteHandler::GeometryTypeName(1004));
-  EXPECT_EQ("MULTILINESTRINGZ", CSpatialiteHandler::GeometryTypeName(1005));
-  EXPECT_EQ("MULTIPOLYGONZ", CSpatialiteHandler::GeometryTypeName(1006));
-  EXPECT_EQ("GEOMETRYCOLLECTIONZ", CSpatialiteHandler::GeometryTypeName(1007));
-  EXPECT_EQ("GEOMETRY", CSpatialiteHandler::GeometryTypeName(0));
+  const char* names[] = {"POINTZ", "LINESTRINGZ", "POLYGONZ", "MULTIPOINTZ", "MULTILINESTRINGZ",
+                         "MULTIPOLYGONZ", "GEOMETRYCOLLECTIONZ"};
+  for (int i = 0; i < 7; ++i) EXPECT_EQ(names[i], CSpatialiteHandler::GeometryTypeName(1001 + i));
   EXPECT_EQ("GEOMETRY", CSpatialiteHandler::GeometryTypeName(1));
 }
 

@@ -35,17 +35,19 @@ class Template {
     model.GetNodeCacheCalculator()->WaitForFinished(-1);
     CTreeBuilder tree(&model);
     folder_ = tree.AddFolder(db_.RootUUID(), "f");
-    Import(model, "keep", 30);
-    Import(model, "work", 120);
+    Import(model, folder_, "keep", 30);
+    Import(model, folder_, "work", 120);
     ExecSql(model.GetConnection(), "UPDATE shape_order SET order_num = -1", "");
     work_ = QueryScalar(db_.Path(), "SELECT uuid FROM layer WHERE name = 'work'");
     model.Uninstall();
     bytes_ = ReadFileBytes(db_.Path());
   }
-  void Import(CSpatialiteDBDataModel& model, const std::string& name, int count) {
+  // `count` points in a new layer `name` below `folder`, in one import.
+  static void Import(CSpatialiteDBDataModel& model, const std::string& folder,
+                     const std::string& name, int count) {
     CAnnotationGroup group(name);
-    CFeatureBatchImporter importer(&model, folder_);
-    importer.BeginImport();
+    CFeatureBatchImporter importer(&model, folder);
+    if (!importer.BeginImport()) return;
     importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
     for (int i = 0; i < count; ++i) {
       CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
@@ -70,19 +72,7 @@ class Template {
 using Operation = void (*)(CSpatialiteDBDataModel&, const Template&);
 
 void ImportMore(CSpatialiteDBDataModel& model, const Template& t) {
-  CAnnotationGroup group("more");
-  CFeatureBatchImporter importer(&model, t.Folder());
-  if (!importer.BeginImport()) return;
-  importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
-  for (int i = 0; i < 80; ++i) {
-    CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
-    CGeometryData part;
-    part.PushBack(CVector3D(i, -i, 0));
-    feature.AddPart(part);
-    feature.SetGroup(&group);
-    importer.InsertFeature(&feature);
-  }
-  importer.EndImport();
+  Template::Import(model, t.Folder(), "more", 80);
 }
 
 void DeleteWork(CSpatialiteDBDataModel& model, const Template& t) {
