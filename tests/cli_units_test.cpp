@@ -182,7 +182,7 @@ TEST(VectorFormat, ChoosesDriversByExtensionOrName) {
     const char* driver;
   } cases[] = {{"a.gpkg", "GPKG"},       {"dir/a.GeoJSON", "GeoJSON"}, {"a.json", "GeoJSON"},
                {"a.shp", "ESRI Shapefile"}, {"a.fgb", "FlatGeobuf"}, {"a.csv", "CSV"},
-               {"a.kml", "KML"},         {"a.sqlite", "SQLite"}};
+               {"a.kml", "LIBKML"},      {"a.sqlite", "SQLite"}};
   for (const auto& c : cases) {
     GDALDriver* driver = CVectorFormat::ForOutput(c.path, "", &error);
     ASSERT_NE(driver, nullptr) << c.path << ": " << error;
