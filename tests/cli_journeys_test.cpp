@@ -221,3 +221,20 @@ TEST_F(CliJourneysTest, ShapesCrossingTheAntimeridianAreCutThere) {
     }
   }
 }
+
+// The U.S. states as a GIS layer, moved out of the layer the import made for the file (a copy,
+// then a deletion of the original), and drawn.
+TEST_F(CliJourneysTest, StatesMovedAsAGisLayerAreAllThereAndDrawn) {
+  const std::string states = std::string(ANNOTATIONLAYER_SOURCE_DIR) + "/data/us-atlas/states-10m.json";
+  ASSERT_EQ(RunTool({"import", db_, states, "--layer-type", "gis-polygon"}).exitCode, 0);
+  const Json::Value copied =
+      Json({"copy", db_, LayerUuid(db_, "states"), "--to", root_});
+  EXPECT_EQ(copied["nodes"].asInt(), 57);
+  ASSERT_EQ(RunTool({"delete", db_, LayerUuid(db_, "states-10m")}).exitCode, 0);
+  const Json::Value moved = Find(Json({"tree", db_, "--features"}), "states");
+  EXPECT_EQ(moved["uuid"].asString(), copied["copy"].asString());
+  EXPECT_EQ(moved["nodes"].size(), 56u);
+  const Json::Value drawn = Json({"render", db_, "--extent", "-180,15,-60,75", "--size", "600x300",
+                                  "-o", dir_.File("us.png")});
+  EXPECT_EQ(drawn["drawn"].asInt(), 53) << "all but American Samoa, Guam and the Northern Marianas";
+}

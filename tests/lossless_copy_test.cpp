@@ -108,8 +108,12 @@ TEST_F(LosslessCopyTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
   std::string copy;
   ASSERT_TRUE(copier.CopyNode(layer_, target_, &copy));
   ASSERT_TRUE(copier.EndCopy());
-  EXPECT_EQ(static_cast<size_t>(kFeatures), Features(copy).size());
+  const std::vector<std::string> copies = Features(copy);
+  ASSERT_EQ(static_cast<size_t>(kFeatures), copies.size());
   EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + copy + "'"));
+  // The originals had no status of their own, which counts as checked: so do the copies.
+  ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
+  EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(copies[0]).IsVisible());
 
   CLayerBatchDeleter deleter(&model_);
   deleter.BeginDelete(false, nullptr);

@@ -8,6 +8,7 @@
 #include "FieldList.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
+#include "NodeStatus.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
@@ -227,7 +228,10 @@ std::string CNodeTreeCopier::CopyFeature(const std::string& uuid, const std::str
   copy.SetParentUUID(parent);
   copy.SetName(original.GetName());
   copy.SetType(original.GetType());
-  copy.ChangeMask(original.GetStatusMask());
+  // A feature without a status row of its own (as GIS layers store them) counts as checked; its
+  // copy gets a status row, which must say so.
+  const bool ownStatus = !original.GetIndexStatus().empty();
+  copy.ChangeMask(ownStatus ? original.GetStatusMask() : NODE_STATUS_CHECKED);
   copy.SetLeftUUID(left, leftIsLayer);
   copy.SetOrderNum(order);
   written_ = true;
