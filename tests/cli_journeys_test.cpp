@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cmath>
+#include <set>
 
 #include "AnnotationFeature.h"
 #include "CliFixtures.h"
@@ -237,4 +238,28 @@ TEST_F(CliJourneysTest, StatesMovedAsAGisLayerAreAllThereAndDrawn) {
   const Json::Value drawn = Json({"render", db_, "--extent", "-180,15,-60,75", "--size", "600x300",
                                   "-o", dir_.File("us.png")});
   EXPECT_EQ(drawn["drawn"].asInt(), 53) << "all but American Samoa, Guam and the Northern Marianas";
+}
+
+// What `query --extent` lists is what meets the rectangle, edges included, as `ogrinfo -spat`
+// gives it: not a line whose box meets the rectangle while the line itself passes it by.
+TEST_F(CliJourneysTest, QueryListsWhatMeetsTheRectangleEdgesIncluded) {
+  const std::string source = dir_.File("near.geojson");
+  const auto feature = [](const char* name, const char* geometry) {
+    return std::string(R"({"type":"Feature","properties":{"name":")") + name +
+           R"("},"geometry":)" + geometry + "}";
+  };
+  ASSERT_TRUE(WriteFileBytes(
+      source, R"({"type":"FeatureCollection","features":[)" +
+                  feature("edge", R"({"type":"Point","coordinates":[4,2]})") + "," +
+                  feature("inside", R"({"type":"Point","coordinates":[1,1]})") + "," +
+                  feature("outside", R"({"type":"Point","coordinates":[5,1]})") + "," +
+                  feature("passing", R"({"type":"LineString","coordinates":[[3.5,3.5],[5,2.9]]})") +
+                  "," + feature("crossing", R"({"type":"LineString","coordinates":[[2,2],[9,9]]})") +
+                  "]}"));
+  ASSERT_EQ(RunTool({"import", db_, source}).exitCode, 0);
+  std::set<std::string> names;
+  for (const Json::Value& found : Json({"query", db_, "--extent", "0,0,4,3"})) {
+    names.insert(found["name"].asString());
+  }
+  EXPECT_EQ(names, (std::set<std::string>{"crossing", "edge", "inside"}));
 }

@@ -102,7 +102,7 @@ TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedAndVisible) {
   EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(features[0]).IsVisible());
 }
 
-TEST_F(LosslessCopyTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
+TEST_F(LosslessCopyTest, ACopyAMoveAndADeletionTakeEveryFeature) {
   CLayerBatchCopier copier(&model_);
   ASSERT_TRUE(copier.BeginCopy(nullptr));
   std::string copy;
@@ -115,11 +115,17 @@ TEST_F(LosslessCopyTest, ACopyTakesEveryFeatureAndADeletionRemovesThemAll) {
   ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
   EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(copies[0]).IsVisible());
 
+  CLayerBatchTransfer transfer(&model_, &model_);
+  std::string moved;
+  ASSERT_TRUE(transfer.Transfer(layer_, target_, true, &moved));
+  EXPECT_EQ(static_cast<size_t>(kFeatures), Features(moved).size());
+  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layer_ + "'"));
+
   CLayerBatchDeleter deleter(&model_);
   deleter.BeginDelete(false, nullptr);
-  ASSERT_TRUE(deleter.BatchDeleteLayer(layer_));
+  ASSERT_TRUE(deleter.BatchDeleteLayer(moved));
   deleter.EndDelete();
-  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layer_ + "'"));
+  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + moved + "'"));
   EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape"));  // the copy's
 }
 
