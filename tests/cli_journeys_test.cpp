@@ -35,15 +35,8 @@ const char kStyledKml[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 </Folder></Document></kml>
 )";
 
-class CliJourneysTest : public ::testing::Test {
+class CliJourneysTest : public CCliDatabaseTest {
  protected:
-  void SetUp() override {
-    db_ = dir_.File("notes.db");
-    const CProcessResult created = RunTool({"create", db_, "--json"});
-    ASSERT_EQ(created.exitCode, 0) << created.err;
-    root_ = ParseJson(created.out)["root"].asString();
-  }
-
   Json::Value Json(std::vector<std::string> args) {
     args.push_back("--json");
     const CProcessResult result = RunTool(args);
@@ -60,10 +53,6 @@ class CliJourneysTest : public ::testing::Test {
     }
     return Json::Value();
   }
-
-  CTempDir dir_;
-  std::string db_;
-  std::string root_;
 };
 
 void ExpectExtent(const Json::Value& extent, const std::vector<double>& expected) {

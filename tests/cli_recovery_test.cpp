@@ -47,15 +47,8 @@ bool Exec(const std::string& path, const std::string& sql) {
   return ok;
 }
 
-class CliRecoveryTest : public ::testing::Test {
+class CliRecoveryTest : public CCliDatabaseTest {
  protected:
-  void SetUp() override {
-    db_ = dir_.File("notes.db");
-    const CProcessResult created = RunTool({"create", db_, "--json"});
-    ASSERT_EQ(created.exitCode, 0) << created.err;
-    root_ = ParseJson(created.out)["root"].asString();
-  }
-
   // Imports `count` points as the layer `name`; its uuid.
   std::string ImportPoints(const std::string& name, int count) {
     const std::string source = dir_.File(name + ".geojson");
@@ -68,10 +61,6 @@ class CliRecoveryTest : public ::testing::Test {
   std::string Count(const std::string& table) {
     return QueryScalar(db_, "SELECT COUNT(*) FROM " + table);
   }
-
-  CTempDir dir_;
-  std::string db_;
-  std::string root_;
 };
 
 // A writer killed mid-transaction leaves a hot journal, which read-only connections cannot roll

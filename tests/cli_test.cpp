@@ -31,16 +31,8 @@ void ExpectOneLineFailure(const CProcessResult& result, int code, const std::str
   EXPECT_EQ(result.out, "");
 }
 
-class CliTest : public ::testing::Test {
+class CliTest : public CCliDatabaseTest {
  protected:
-  void SetUp() override {
-    db_ = dir_.File("notes.db");
-    const CProcessResult created = RunTool({"create", db_, "--json"});
-    ASSERT_EQ(created.exitCode, 0) << created.err;
-    root_ = ParseJson(created.out)["root"].asString();
-    ASSERT_EQ(root_.size(), 32u);
-  }
-
   // Imports a GeoJSON source of `count` points into the database; the new layer's uuid.
   std::string ImportPoints(const std::string& name, int count,
                            std::vector<std::string> extra = {}) {
@@ -58,10 +50,6 @@ class CliTest : public ::testing::Test {
   int Count(const std::string& table) {
     return std::stoi(QueryScalar(db_, "SELECT COUNT(*) FROM " + table));
   }
-
-  CTempDir dir_;
-  std::string db_;
-  std::string root_;
 };
 
 // ---- The tool and its help ----

@@ -47,6 +47,14 @@ class CFieldReader : public CZuFieldSetObject::IFieldDataVisitor {
 
 }  // namespace
 
+void CCliDatabaseTest::SetUp() {
+  db_ = dir_.File("notes.db");
+  const CProcessResult created = RunTool({"create", db_, "--json"});
+  ASSERT_EQ(created.exitCode, 0) << created.err;
+  root_ = ParseJson(created.out)["root"].asString();
+  ASSERT_EQ(root_.size(), 32u);
+}
+
 CProcessResult RunTool(const std::vector<std::string>& args) {
   std::vector<std::string> argv{ANNOTATIONLAYER_CLI_PATH};
   argv.insert(argv.end(), args.begin(), args.end());

@@ -4,6 +4,7 @@
 #ifndef ANNOTATIONLAYER_TEST_CLI_FIXTURES_H
 #define ANNOTATIONLAYER_TEST_CLI_FIXTURES_H
 
+#include <gtest/gtest.h>
 #include <json/value.h>
 #include <ogr_core.h>
 
@@ -15,7 +16,19 @@
 
 #include "GeometryDataType.h"
 #include "ProcessRunner.h"
+#include "TempDir.h"
 #include "Vector3D.h"
+
+// A fresh annotation database made by the tool in a temporary directory of the test's own: `db_`
+// is its path, `root_` the uuid of its top folder.
+class CCliDatabaseTest : public ::testing::Test {
+ protected:
+  void SetUp() override;
+
+  CTempDir dir_;
+  std::string db_;
+  std::string root_;
+};
 
 // Runs the built `annotationlayer` with `args`.
 CProcessResult RunTool(const std::vector<std::string>& args);
