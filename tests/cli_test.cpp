@@ -74,6 +74,9 @@ TEST(CliHelpTest, ToolHelpListsEveryCommand) {
 TEST_F(CliTest, CreateMakesAnEmptyDatabase) {
   EXPECT_EQ(QueryScalar(db_, "SELECT uuid FROM folder WHERE type = 1"), root_);
   EXPECT_EQ(Count("layer"), 0);
+  // Only WGS 84's reference systems, not the whole EPSG table: well under a megabyte.
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM spatial_ref_sys WHERE srid = 4326"), "1");
+  EXPECT_LT(ReadFileBytes(db_).size(), 512u * 1024);
   const CProcessResult text = RunTool({"create", dir_.File("second.db")});
   EXPECT_EQ(text.exitCode, 0);
   EXPECT_EQ(text.out.rfind("created " + dir_.File("second.db") + " (top root folder ", 0), 0u);

@@ -1,6 +1,8 @@
 #include "AnnotationSchema.h"
 
 #include <sqlite3.h>
+// After sqlite3.h: SpatiaLite's header uses its types.
+#include <spatialite.h>
 
 #include <cstdio>
 #include <sys/stat.h>
@@ -56,6 +58,32 @@ bool InsertRootFolder(sqlite3* db, const std::string& uuid) {
   return folder.StepDone();
 }
 
+// A new file gets only the reference systems an annotation database uses (WGS 84 and its UTM
+// zones, a few hundred kilobytes), not the whole EPSG table (several megabytes) that the handler
+// writes into a file without metadata. Made on a connection of its own before the handler opens
+// the file, which then finds the metadata present. Files made by other programs, with the whole
+// table, open as before.
+bool InitWgs84Metadata(const std::string& fsPath) {
+  sqlite3* db = nullptr;
+  if (sqlite3_open_v2(fsPath.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) !=
+      SQLITE_OK) {
+    ZuLogError(-1) << kTag << (db != nullptr ? AnnotationLayerInner::ErrorMessage(db) : "out of memory");
+    sqlite3_close(db);
+    return false;
+  }
+  void* cache = spatialite_alloc_connection();
+  spatialite_init_ex(db, cache, 0);
+  bool ok = false;
+  {
+    CSqlStatement init(db, "SELECT InitSpatialMetadata(1, 'WGS84')", kTag);
+    ok = init.StepRow() && init.ColumnInt(0) == 1;
+  }
+  if (!ok) ZuLogError(-1) << kTag << "the spatial metadata could not be made";
+  sqlite3_close(db);
+  spatialite_cleanup_ex(cache);
+  return ok;
+}
+
 bool CreateTables(sqlite3* db) {
   char* error = nullptr;
   if (sqlite3_exec(db, AnnotationLayerInner::kAnnotationSchemaSql, nullptr, nullptr, &error) !=
@@ -91,7 +119,7 @@ bool CreateAnnotationDatabase(const std::string& path, std::string* rootUuid) {
   }
 
   CSpatialiteHandler handler;
-  if (!handler.OpenByCreate(path)) {
+  if (!InitWgs84Metadata(fsPath) || !handler.OpenByCreate(path)) {
     std::remove(fsPath.c_str());
     return false;
   }
