@@ -1,13 +1,12 @@
 #include "QueryCommand.h"
 
 #include <climits>
-#include <iomanip>
-#include <sstream>
 #include <vector>
 
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
+#include "ExtentCondition.h"
 #include "FeatureOption.h"
 #include "IAnnotationDBDataModel.h"
 #include "NodeFormatter.h"
@@ -62,16 +61,16 @@ int CQueryCommand::Run(CCommandContext& context) {
   if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
 
   // The features whose geometry meets the rectangle, edges included, as `ogrinfo -spat` gives
-  // them: the spatial index narrows down (its boxes are rounded outwards, so a closed comparison
-  // keeps every candidate), and GEOS decides on the geometry itself.
-  std::ostringstream condition;
-  condition << std::setprecision(17) << "ROWID IN (SELECT pkid FROM idx_shape_geom WHERE xmin <= "
-            << box[2] << " AND xmax >= " << box[0] << " AND ymin <= " << box[3]
-            << " AND ymax >= " << box[1] << ") AND ST_Intersects(geom, BuildMbr(" << box[0]
-            << ", " << box[1] << ", " << box[2] << ", " << box[3] << ", 4326)) = 1";
-  if (limit >= 0) condition << " LIMIT " << limit;
+  // them.
+  EXTENT extent;
+  extent.min_x = box[0];
+  extent.min_y = box[1];
+  extent.max_x = box[2];
+  extent.max_y = box[3];
+  std::string condition = CExtentCondition::GeometryMeets(extent);
+  if (limit >= 0) condition += " LIMIT " + std::to_string(limit);
   CFeatureCollector collector;
-  if (!session.Model()->TravelViaSQL(&collector, NODE_KIND_FEATURE, condition.str())) {
+  if (!session.Model()->TravelViaSQL(&collector, NODE_KIND_FEATURE, condition)) {
     return context.FailWithCause("the spatial query failed");
   }
   if (context.Json()) {

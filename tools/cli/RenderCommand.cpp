@@ -7,13 +7,12 @@
 
 #include <chrono>
 #include <cstdio>
-#include <iomanip>
-#include <sstream>
 #include <vector>
 
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
+#include "ExtentCondition.h"
 #include "FeatureOption.h"
 #include "IAnnotationDBDataModel.h"
 #include "IAnnotationLayerModule.h"
@@ -56,12 +55,10 @@ class CFeatureCounter : public IAnnotationDBObjectVisitor {
 };
 
 int64_t CountMeeting(IAnnotationDBDataModel* model, const EXTENT& extent) {
-  std::ostringstream condition;
-  condition << std::setprecision(17) << "ROWID IN (SELECT pkid FROM idx_shape_geom WHERE xmin <= "
-            << extent.max_x << " AND xmax >= " << extent.min_x << " AND ymin <= "
-            << extent.max_y << " AND ymax >= " << extent.min_y << ")";
   CFeatureCounter counter;
-  if (!model->TravelViaSQL(&counter, NODE_KIND_FEATURE, condition.str())) return -1;
+  if (!model->TravelViaSQL(&counter, NODE_KIND_FEATURE, CExtentCondition::IndexBoxMeets(extent))) {
+    return -1;
+  }
   return counter.count;
 }
 
