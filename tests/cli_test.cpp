@@ -249,19 +249,6 @@ TEST_F(CliTest, ImportMultiLayerGeoPackageGroupsItsLayers) {
   EXPECT_EQ(areas[0].parts.size(), 2u);
 }
 
-TEST_F(CliTest, ImportUnderALayerOrFolder) {
-  const std::string first = ImportPoints("first", 3);
-  ASSERT_FALSE(first.empty());
-  const std::string source = dir_.File("second.geojson");
-  ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("second", 2)}));
-  ASSERT_EQ(RunTool({"import", db_, source, "--under", first}).exitCode, 0);
-  const std::string second = LayerUuid(db_, "second");
-  const std::vector<std::string> children = ChildUuids(db_, first);
-  ASSERT_EQ(children.size(), 4u);
-  EXPECT_EQ(children.back(), second) << "the new layer comes after the layer's features";
-  EXPECT_EQ(QueryScalar(db_, "SELECT layer_puuid FROM layer WHERE uuid = '" + second + "'"), first);
-}
-
 // A Web Mercator GeoJSON file with a point at 1e30 once hung the import inside GDAL for good (found
 // by fuzzing; the file is a seed of the fuzz corpus): the point is now skipped as not
 // transformable and the rest comes in.
@@ -305,31 +292,6 @@ TEST_F(CliTest, ImportCarriesOgrStylesIntoTheStyleTables) {
   EXPECT_EQ(plain["style"]["pen"]["c"].asString(), "#ff0000");
   EXPECT_EQ(Count("shape_style"), 1);
   EXPECT_EQ(Count("layer_style"), 1);
-}
-
-TEST_F(CliTest, ImportCsvWithWktColumn) {
-  const std::string csv = dir_.File("sites.csv");
-  ASSERT_TRUE(WriteFileBytes(csv,
-                             "WKT,name,height\n"
-                             "\"POINT (116.4 39.9)\",Tiananmen,44\n"
-                             "\"LINESTRING (0 0,1 1)\",Path,\n"));
-  const CProcessResult result = RunTool({"import", db_, csv, "--name-field", "name"});
-  ASSERT_EQ(result.exitCode, 0) << result.err;
-  const std::vector<StoredFeature> features = ReadLayer(db_, LayerUuid(db_, "sites"));
-  ASSERT_EQ(features.size(), 2u);
-  EXPECT_EQ(features[0].name, "Tiananmen");
-  EXPECT_EQ(features[0].parts[0][0], CVector3D(116.4, 39.9, 0));
-  EXPECT_EQ(features[1].kind, GEOMETRY_DATA_TYPE_LINESTRING);
-  EXPECT_EQ(features[0].fields.count("WKT"), 0u) << "the geometry column is not an attribute";
-  EXPECT_EQ(features[0].fields.at("height"), QVariant(QString("44"))) << "CSV columns are text";
-}
-
-TEST_F(CliTest, ImportAsGisLayerKeepsGeometryOnly) {
-  const std::string layer = ImportPoints("gis", 4, {"--layer-type", "gis-point"});
-  ASSERT_FALSE(layer.empty());
-  EXPECT_EQ(QueryScalar(db_, "SELECT type FROM layer WHERE uuid = '" + layer + "'"), "100");
-  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape WHERE puuid = '" + layer + "'"), "4");
-  EXPECT_EQ(Count("shape_property"), 0);
 }
 
 // An interrupted import rolls back: the database holds either everything or nothing. The progress
@@ -487,16 +449,6 @@ TEST_F(CliTest, ChineseNamesSurviveTheLocalCodePage) {
       ParseJson(RunTool({"info", db_, tree["nodes"][0]["nodes"][0]["uuid"].asString(), "--json"}).out);
   EXPECT_EQ(info["fields"][0]["key"].asString(), "\xE5\x90\x8D\xE7\xA7\xB0");
   EXPECT_EQ(info["fields"][0]["value"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
-}
-
-TEST_F(CliTest, VerboseShowsTheModuleLog) {
-  const CProcessResult quiet = RunTool({"tree", db_});
-  EXPECT_EQ(quiet.err, "");
-  const CProcessResult verbose = RunTool({"tree", db_, "--verbose"});
-  ASSERT_EQ(verbose.exitCode, 0);
-  EXPECT_NE(verbose.err.find("[info] module: == Spatialite-Version Support:"), std::string::npos)
-      << verbose.err;
-  EXPECT_EQ(verbose.out, quiet.out);
 }
 
 // ---- info ----

@@ -262,18 +262,6 @@ class FixedBoxModel : public CSpatialiteDBDataModel {
 
 }  // namespace
 
-TEST_F(GeometryModelTest, DirtyLayerBoundingBoxAsksThroughTheInterface) {
-  AddFeature(layer_);
-  AddFeature(layer_);
-  ASSERT_TRUE(model_.Uninstall());
-  FixedBoxModel fixed;
-  ASSERT_TRUE(fixed.Install(db_.Path()));
-  ASSERT_TRUE(fixed.DirtyLayerBoundingBox(layer_));
-  EXPECT_EQ(2, fixed.calls);
-  EXPECT_EQ("-3.0 7.0", QueryScalar(db_.Path(), "SELECT min_x || ' ' || max_y FROM layer WHERE "
-                                                 "uuid = '" + layer_ + "'"));
-}
-
 TEST_F(GeometryModelTest, UuidsWithQuotesAreRefusedBeforeAnySql) {
   const std::string uuid = AddFeature(layer_, 1, {Part({{10, 20, 30}})});
   ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
@@ -305,17 +293,4 @@ TEST_F(GeometryModelTest, UuidsWithQuotesAreRefusedBeforeAnySql) {
   CAnnotationFeature read;
   ASSERT_TRUE(model_.QueryGeometryData(uuid, &read));
   EXPECT_EQ(Part({{10, 20, 30}}), read.GetPart(0));
-}
-
-TEST(GeometryModelClosedTest, EveryOperationFailsQuietlyWhileNotInstalled) {
-  CSpatialiteDBDataModel model;
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
-  feature.AddPart(Part({{1, 2, 3}}));
-  CZuLogCapture capture;
-  EXPECT_FALSE(model.QueryGeometryData("a", &feature));
-  EXPECT_EQ(0.0, model.QueryBoundingBox("a").max_x);
-  EXPECT_FALSE(model.ModifyGeometryData("a", &feature));
-  EXPECT_FALSE(model.DirtyLayerBoundingBox("a"));
-  EXPECT_EQ(1, feature.GetPartCount());
-  EXPECT_TRUE(capture.Lines().empty());
 }

@@ -170,28 +170,6 @@ TEST_F(StyleModelTest, FeaturesOfGisLayersShareTheirLayersStyle) {
   EXPECT_EQ("0 1", StyleRows(orphan));
 }
 
-namespace {
-
-// Calls every uuid a layer, to see that the layer test is asked through the interface.
-class EverythingIsALayerModel : public CSpatialiteDBDataModel {
- public:
-  bool IsLayerUUID(const std::string&) override { return ++calls > 0; }
-  int calls = 0;
-};
-
-}  // namespace
-
-TEST_F(StyleModelTest, LayerTestIsAskedThroughTheInterface) {
-  const std::string feature = AddFeature(AddLayer());
-  ASSERT_TRUE(model_.Uninstall());
-  EverythingIsALayerModel model;
-  ASSERT_TRUE(model.Install(db_.Path()));
-  const CFeatureStyleSet style = PenStyle(QColor(7, 7, 7), 1);
-  ASSERT_TRUE(model.ModifyOrInsertStyle(feature, &style, 3));
-  EXPECT_EQ(1, model.calls);
-  EXPECT_EQ("1 0", StyleRows(feature));
-}
-
 // --- Enclosures ---
 
 namespace {
@@ -324,64 +302,4 @@ TEST_F(EnclosureModelTest, ContentOfZeroBytesAndOfSeveralMegabytes) {
   EXPECT_EQ(std::vector<unsigned char>(big.begin(), big.begin() + 10),
             model_.QueryEnclosureData(id));
   EXPECT_TRUE(model_.QueryEnclosureData(id + 1000).empty());
-}
-
-// --- Refused input and a closed model ---
-
-TEST_F(StyleModelTest, UuidsWithQuotesAreNeverSpliced) {
-  const std::string layer = AddLayer();
-  const CFeatureStyleSet style = PenStyle(QColor(1, 1, 1), 1);
-  ASSERT_TRUE(model_.ModifyOrInsertStyle(layer, &style, 3));
-  const std::string injected = "x' OR '1'='1";
-  const struct {
-    const char* tag;
-    std::function<bool()> call;
-  } cases[] = {
-      {"[QueryStyle]:", [&] { CFeatureStyleSet set; return model_.QueryStyle(&set, injected, 1); }},
-      {"[ModifyOrInsertStyle]:", [&] { return model_.ModifyOrInsertStyle(injected, &style, 3); }},
-      {"[ModifyOrInsertStyle]:",
-       [&] { return model_.ModifyOrInsertStyle(std::string("a\0b", 3), &style, 3); }},
-      {"[QueryEnclosure]:",
-       [&] { std::list<CEnclosureOption> list; return model_.QueryEnclosure(injected, list); }},
-  };
-  for (const auto& c : cases) {
-    CZuLogCapture capture;
-    EXPECT_FALSE(c.call()) << c.tag;
-    ASSERT_EQ(1u, capture.Lines().size()) << c.tag;
-    EXPECT_EQ(0u, capture.Lines()[0].find(c.tag)) << capture.Lines()[0];
-  }
-  EXPECT_EQ("1 0", Scalar("SELECT (SELECT COUNT(*) FROM layer_style) || ' ' || "
-                          "(SELECT COUNT(*) FROM shape_style)"));
-
-  // A parent read from the database is checked as well: bound parameters store any text.
-  const std::string feature = AddFeature("bad' parent");
-  {
-    CZuLogCapture capture;
-    ASSERT_TRUE(model_.ModifyOrInsertStyle(feature, &style, 3));
-    ASSERT_EQ(1u, capture.Lines().size());
-    EXPECT_EQ(0u, capture.Lines()[0].find("[GetLayerUUIDForGisFeature]:"));
-  }
-  CZuLogCapture capture;
-  CFeatureStyleSet read;
-  EXPECT_FALSE(model_.QueryStyle(&read, AddFeature("bad' parent"), false));
-  ASSERT_EQ(1u, capture.Lines().size());
-  EXPECT_EQ(0u, capture.Lines()[0].find("[QueryStyleInner]:"));
-}
-
-TEST(StyleModelClosedTest, EveryOperationFailsQuietlyWhileNotInstalled) {
-  CSpatialiteDBDataModel model;
-  CFeatureStyleSet set = PenStyle(QColor(1, 2, 3), 1);
-  CEnclosureOption option;
-  std::list<CEnclosureOption> list;
-  const unsigned char bytes[4] = {1, 2, 3, 4};
-  CZuLogCapture capture;
-  EXPECT_FALSE(model.QueryStyle(&set, "a", true));
-  EXPECT_FALSE(model.ModifyOrInsertStyle("a", &set, 3));
-  EXPECT_FALSE(model.QueryEnclosure("a", list));
-  EXPECT_TRUE(model.QueryEnclosureData(1).empty());
-  EXPECT_FALSE(model.ModifyOrInsertEnclosure(option));
-  EXPECT_FALSE(model.ModifyEnclosureData(1, bytes, 4));
-  EXPECT_FALSE(model.DeleteEnclosure(1));
-  EXPECT_EQ(1, set.GetCount());
-  EXPECT_TRUE(capture.Lines().empty());
 }

@@ -73,45 +73,6 @@ TEST(FieldSetTest, SettersReplaceWhatTheyNameAndMarkTheChange) {
   EXPECT_EQ(4, set.Count());
 }
 
-TEST(FieldSetTest, GettersOnAbsentKeys) {
-  CZuFieldSetObject set;
-  set.SetField("a", FIELD_OFST_TYPE_INT, "c", QVariant(1));
-  QVariant value(42);
-  std::string cls = "untouched";
-  EXPECT_FALSE(set.GetField(value, cls, "A")) << "keys are case-sensitive";
-  EXPECT_EQ(QVariant(42), value);
-  EXPECT_EQ("untouched", cls);
-  Field field;
-  field.key = "kept";
-  EXPECT_FALSE(set.GetField(field, "b"));
-  EXPECT_EQ("kept", field.key);
-  EXPECT_EQ(FIELD_OFST_TYPE_NONE, set.GetFieldType("b"));
-  EXPECT_FALSE(set.GetFieldValue("b").isValid());
-  EXPECT_EQ("", set.GetFieldClass("b"));
-  ASSERT_TRUE(set.GetField(value, cls, "a"));
-  EXPECT_EQ(QVariant(1), value);
-  EXPECT_EQ("c", cls);
-
-  // Keys compare byte for byte, embedded NUL included.
-  const std::string withNul("a\0b", 3);
-  set.SetField(withNul, FIELD_OFST_TYPE_INT, "", QVariant(2));
-  EXPECT_EQ(2, set.Count());
-  EXPECT_EQ(QVariant(2), set.GetFieldValue(withNul));
-  EXPECT_EQ(QVariant(1), set.GetFieldValue("a"));
-}
-
-TEST(FieldSetTest, LookupByClassTakesTheFirstInOrder) {
-  CZuFieldSetObject set;
-  set.SetField("x", FIELD_OFST_TYPE_INT, "geo", QVariant(1));
-  set.SetField("y", FIELD_OFST_TYPE_INT, "geo", QVariant(2));
-  set.SetField("z", FIELD_OFST_TYPE_INT, "", QVariant(3));
-  EXPECT_EQ("x", set.GetFieldKeyByClass("geo"));
-  EXPECT_EQ(QVariant(1), set.GetFieldValueByClass("geo"));
-  EXPECT_EQ("z", set.GetFieldKeyByClass(""));
-  EXPECT_EQ("", set.GetFieldKeyByClass("none"));
-  EXPECT_FALSE(set.GetFieldValueByClass("none").isValid());
-}
-
 // A removed field is still found and visited, in its place and with state 2, until the reset.
 // A first field in the unchanged state makes IsExistChange block for ever by design; not exercised.
 TEST(FieldSetTest, RemovedFieldsStayUntilReset) {
@@ -222,20 +183,6 @@ TEST(FieldSetTest, ConcurrentWritersLoseNothing) {
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(1200, set.Count());
   EXPECT_EQ(QVariant(299), set.GetFieldValue("3:299"));
-}
-
-TEST(LayerHeaderListTest, WritesKeyClassTypeEntries) {
-  CZuFieldSetObject set;
-  EXPECT_EQ("", AnnotationLayerInner::LayerHeaderListToString(set));
-  set.SetField("name", FIELD_OFST_TYPE_TEXT, "", QVariant(QString("a")));
-  set.SetField("height", FIELD_OFST_TYPE_DOUBLE, "m", QVariant(2.0));
-  EXPECT_EQ("name,,7;height,m,6;", AnnotationLayerInner::LayerHeaderListToString(set));
-
-  set.SetField("", FIELD_OFST_TYPE_INT, "c", QVariant(1));
-  set.SetField("gone", FIELD_OFST_TYPE_INT, "", QVariant(1));
-  set.RemoveField("gone");
-  EXPECT_EQ("name,,7;height,m,6;", AnnotationLayerInner::LayerHeaderListToString(set))
-      << "removed fields and empty keys are left out";
 }
 
 TEST(LayerHeaderListTest, ReadsBackInOrder) {

@@ -117,17 +117,6 @@ IAnnotationSpatialEngine* StartEngineOverPoints(IAnnotationLayerModule* module,
 
 }  // namespace
 
-TEST_F(ModuleTest, SingletonIdentityAndCacheDirectory) {
-  IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
-  ASSERT_NE(nullptr, module);
-  EXPECT_EQ(module, GetOrCreateAnnotationLayerModule());
-  EXPECT_EQ("", module->GetModuleName());
-  EXPECT_EQ("7C0293CD-FDE3-4ECF-A2AD-81410C7F1A1E", module->GetModuleGUID());
-  EXPECT_EQ(-1, module->GetModuleID());
-  EXPECT_EQ(DataDir() + "layer_cache/", module->GetCacheDir());
-  EXPECT_TRUE(FileExists(DataDir() + "layer_cache"));
-}
-
 TEST_F(ModuleTest, StartLogsVersionsAndRegistersTheDataModel) {
   EXPECT_EQ("CSpatialiteDBDataModel", CAnnotationLayerModule::DataModelTypeName());
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();

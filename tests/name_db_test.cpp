@@ -84,28 +84,6 @@ class NameDBTest : public ::testing::Test {
 
 // --- Records ----------------------------------------------------------------------------------
 
-TEST(NameRecorderTest, EveryFieldTakesPartInEquality) {
-  const CNameRecorder base = Record("u1", 1, 2, 3);
-  EXPECT_EQ(base, CNameRecorder(base));
-  const std::vector<std::function<void(CNameRecorder&)>> changes = {
-      [](CNameRecorder& r) { r.uuid = "u2"; },
-      [](CNameRecorder& r) { r.name += "x"; },
-      [](CNameRecorder& r) { r.data = ""; },
-      [](CNameRecorder& r) { r.style = "{}"; },
-      [](CNameRecorder& r) { r.position = CVector3D(1, 2, 4); }};
-  for (size_t i = 0; i < changes.size(); ++i) {
-    CNameRecorder other = base;
-    changes[i](other);
-    EXPECT_NE(base, other) << i;
-  }
-  // Bytes, not C strings: an embedded NUL counts.
-  CNameRecorder other = base;
-  other.name = std::string("a\0b", 3);
-  CNameRecorder shorter = base;
-  shorter.name = "a";
-  EXPECT_NE(shorter, other);
-}
-
 TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
   CFeatureStyleSet source;
   auto* label = new CFeatureLabelStyle;

@@ -124,13 +124,6 @@ TEST(SpatialiteHandlerTest, AddGeometryColumnCreatesOnlyWhatIsMissing) {
   handler.Close();
 }
 
-TEST(SpatialiteHandlerTest, GeometryTypeNames) {
-  const char* names[] = {"POINTZ", "LINESTRINGZ", "POLYGONZ", "MULTIPOINTZ", "MULTILINESTRINGZ",
-                         "MULTIPOLYGONZ", "GEOMETRYCOLLECTIONZ"};
-  for (int i = 0; i < 7; ++i) EXPECT_EQ(names[i], CSpatialiteHandler::GeometryTypeName(1001 + i));
-  EXPECT_EQ("GEOMETRY", CSpatialiteHandler::GeometryTypeName(1));
-}
-
 TEST(SpatialiteHandlerTest, TransactionsDoNotNest) {
   CTempDir dir;
   CSpatialiteHandler handler;
