@@ -1,4 +1,4 @@
-// The host SDK libraries: log sinks, core application, encoder, object creator and event kernel.
+// The host SDK libraries: log sinks, core application, object creator and event kernel.
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -14,7 +14,6 @@
 #include "EventModule.h"
 #include "ObjectCreator.h"
 #include "TempDir.h"
-#include "XEncoder.h"
 #include "ZuCoreApplication.h"
 #include "ZuLog.h"
 
@@ -82,14 +81,6 @@ TEST(ZuCoreTest, CodecConversionsRoundTripChinese) {
   EXPECT_EQ(text, ConvertStdStringToQString(gb, "GB18030"));
   // Unknown codec names fall back to UTF-8.
   EXPECT_EQ(text.toUtf8().toStdString(), ConvertQStringToStdString(text, "no-such-codec"));
-}
-
-TEST(XEncoderTest, Md5KnownDigests) {
-  char empty[] = "";
-  EXPECT_EQ("d41d8cd98f00b204e9800998ecf8427e", XEncoder::md5Encode(empty, 0));
-  char abc[] = "abc";
-  EXPECT_EQ("900150983cd24fb0d6963f7d28e17f72", XEncoder::md5Encode(abc, 3));
-  EXPECT_EQ("d41d8cd98f00b204e9800998ecf8427e", XEncoder::md5Encode(nullptr, 5));
 }
 
 namespace {
