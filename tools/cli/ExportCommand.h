@@ -23,6 +23,9 @@ class CExportCommand : public ICommand {
   }
   void Declare(CArgumentParser* parser) const override;
   int Run(CCommandContext& context) override;
+
+ private:
+  int RunTree(CCommandContext& context, const std::string& out);
 };
 
 #endif  // ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H
