@@ -135,42 +135,48 @@ bool CKmlTreeWriter::Interrupted() const { return interrupt_ != nullptr && inter
 // The first pass finds the shared styles and the layers' schemas, which the document declares
 // before its folders.
 bool CKmlTreeWriter::Collect(const std::string& uuid, E_NODE_KIND kind) {
+  Schema schema;
+  auto declare = [&schema](const CZuFieldSetObject& set) {
+    for (const CZuFieldSetObject::__tagField& field : CFieldValueList(set).fields) {
+      const std::string key = CLocalText::ToUtf8(field.key);
+      const bool known = std::any_of(schema.fields.begin(), schema.fields.end(),
+                                     [&key](const auto& declared) { return declared.first == key; });
+      if (!known && !IsDescription(field)) schema.fields.emplace_back(key, field.type);
+    }
+  };
   if (kind == NODE_KIND_LAYER) {
     CZuFieldSetObject headers;
     model_->QueryLayerHeaderList(uuid, headers);
-    Schema schema;
-    for (const CZuFieldSetObject::__tagField& field : CFieldValueList(headers).fields) {
-      if (!IsDescription(field)) {
-        schema.fields.emplace_back(CLocalText::ToUtf8(field.key), field.type);
-      }
-    }
-    if (!schema.fields.empty()) {
-      schema.id = "fields-" + std::to_string(schemaOrder_.size() + 1);
-      schemas_[uuid] = schema;
-      schemaOrder_.push_back(uuid);
-    }
+    declare(headers);
   }
   CChildLister lister(kind == NODE_KIND_LAYER, false);
   std::vector<CChildLister::Child> children;
   lister.List(model_, uuid, kind, &children);
-  std::map<std::string, std::string> idOfKey;
-  for (const auto& entry : styles_) idOfKey[AnnotationLayerNS::ToJsonStyle(&entry.second)] = entry.first;
   for (const CChildLister::Child& child : children) {
     if (Interrupted()) return false;
     if (child.kind != NODE_KIND_FEATURE) {
       if (!Collect(child.uuid, child.kind)) return false;
       continue;
     }
+    // Features may hold fields their layer's header does not list (it is written by imports).
+    CZuFieldSetObject fields;
+    model_->QueryField(child.uuid, fields);
+    declare(fields);
     CFeatureStyleSet styles;
     if (!model_->QueryStyle(&styles, child.uuid, false) || styles.IsEmpty()) continue;
     const std::string key = AnnotationLayerNS::ToJsonStyle(&styles);
-    auto found = idOfKey.find(key);
-    if (found == idOfKey.end()) {
+    auto found = styleIdOfKey_.find(key);
+    if (found == styleIdOfKey_.end()) {
       const std::string id = "style-" + std::to_string(styles_.size() + 1);
       styles_.emplace_back(id, styles);
-      found = idOfKey.emplace(key, id).first;
+      found = styleIdOfKey_.emplace(key, id).first;
     }
     styleIds_[child.uuid] = found->second;
+  }
+  if (!schema.fields.empty()) {
+    schema.id = "fields-" + std::to_string(schemaOrder_.size() + 1);
+    schemas_[uuid] = schema;
+    schemaOrder_.push_back(uuid);
   }
   return true;
 }

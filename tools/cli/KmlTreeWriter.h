@@ -74,7 +74,8 @@ class CKmlTreeWriter {
   const CInterruptFlag* interrupt_;
   bool packIcons_ = false;
   Summary* summary_ = nullptr;
-  std::map<std::string, std::string> styleIds_;  // feature uuid -> style id
+  std::map<std::string, std::string> styleIds_;      // feature uuid -> style id
+  std::map<std::string, std::string> styleIdOfKey_;  // style JSON -> style id
   std::vector<std::pair<std::string, CFeatureStyleSet>> styles_;
   std::map<std::string, Schema> schemas_;       // layer uuid -> schema
   std::vector<std::string> schemaOrder_;
