@@ -212,11 +212,14 @@ TEST_F(KmlTreeTest, BadInputLeavesTheDatabaseAsItWas) {
   const std::string styles = "<Style id='a'><IconStyle><Icon><href>files/a.png</href></Icon>"
                              "</IconStyle></Style><Style id='b'><IconStyle><Icon><href>files/b.png"
                              "</href></Icon></IconStyle></Style>";
+  std::string deep;
+  for (int i = 0; i < 300; ++i) deep = "<Folder>" + deep + "</Folder>";
   const struct {
     const char* file;
     std::string kml;
     const char* reason;
   } cases[] = {
+      {"deep.kml", "<kml>" + deep + "</kml>", "folders are nested deeper than 200"},
       {"malformed.kml", "<kml><Document><Placemark></Document></kml>", "not well-formed XML"},
       {"nowhere.kml", "<kml><Document>" + placemark("#gone") + "</Document></kml>",
        "styleUrl '#gone' names no Style"},

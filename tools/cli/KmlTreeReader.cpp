@@ -17,6 +17,9 @@ namespace {
 const char kDescriptionKey[] = "description";
 // StyleMaps may point at StyleMaps; a loop of them must end somewhere.
 const int kMaxStyleDepth = 8;
+// Folders and MultiGeometries are read recursively; a document nested deeper is refused rather
+// than allowed to exhaust the stack.
+const int kMaxNesting = 200;
 
 std::string Utf8(const QStringRef& text) { return text.toString().toStdString(); }
 std::string Utf8(const QString& text) { return text.toStdString(); }
@@ -102,6 +105,9 @@ bool CKmlTreeReader::Read(const QByteArray& kml, Container* document, std::strin
 }
 
 bool CKmlTreeReader::ParseContainer(QXmlStreamReader& xml, Container* container) {
+  if (++depth_ > kMaxNesting) {
+    return Fail(xml, "folders are nested deeper than " + std::to_string(kMaxNesting));
+  }
   while (xml.readNextStartElement()) {
     const QStringRef name = xml.name();
     if (name == QLatin1String("name")) {
@@ -138,6 +144,7 @@ bool CKmlTreeReader::ParseContainer(QXmlStreamReader& xml, Container* container)
       xml.skipCurrentElement();
     }
   }
+  --depth_;
   return !xml.hasError();
 }
 
@@ -196,6 +203,9 @@ bool CKmlTreeReader::ParseGeometry(QXmlStreamReader& xml, std::vector<int>* kind
                                    std::vector<CGeometryData>* parts) {
   const QString element = xml.name().toString();
   if (element == "MultiGeometry") {
+    if (++depth_ > kMaxNesting) {
+      return Fail(xml, "MultiGeometry is nested deeper than " + std::to_string(kMaxNesting));
+    }
     std::vector<int> members;
     while (xml.readNextStartElement()) {
       if (!IsGeometry(xml.name())) {
@@ -211,6 +221,7 @@ bool CKmlTreeReader::ParseGeometry(QXmlStreamReader& xml, std::vector<int>* kind
     for (int member : members) {
       if (member != members.front()) kinds->push_back(member + 3);
     }
+    --depth_;
     return !xml.hasError();
   }
   int kind = GEOMETRY_DATA_TYPE_UNKNOWN;
@@ -336,6 +347,10 @@ void CKmlTreeReader::ParseStyleMap(QXmlStreamReader& xml, const std::string& id)
 
 void CKmlTreeReader::ParseSchema(QXmlStreamReader& xml) {
   const std::string id = Utf8(xml.attributes().value("id"));
+  if (id.empty()) {  // nothing can refer to it
+    xml.skipCurrentElement();
+    return;
+  }
   std::map<std::string, std::string>& fields = schemas_[id];
   while (xml.readNextStartElement()) {
     if (xml.name() == QLatin1String("SimpleField")) {

@@ -110,6 +110,7 @@ class CKmlTreeReader {
   Summary summary_;
   std::string error_;
   int inlineStyles_ = 0;
+  int depth_ = 0;
   std::map<std::string, KmlStyle> styles_;
   std::map<std::string, std::string> styleMaps_;  // id -> the normal state's style url
   std::map<std::string, std::map<std::string, std::string>> schemas_;  // id -> field -> type
