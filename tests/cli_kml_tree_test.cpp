@@ -9,8 +9,8 @@
 #include "AnnotationFeature.h"
 #include "AnnotationLayerNS.h"
 #include "CliFixtures.h"
-#include "FeatureIconStyle.h"
 #include "FeatureFieldSet.h"
+#include "FeatureIconStyle.h"
 #include "FeatureOption.h"
 #include "FeatureStyleSet.h"
 #include "FolderOption.h"
@@ -24,7 +24,9 @@
 
 namespace {
 
-std::string Num(double value) { return QString::number(value, 'g', 17).toStdString(); }
+std::string Num(double value) {
+  return QString::number(value, 'g', 17).toStdString();
+}
 
 template <typename Option>
 std::string States(const char* kind, const Option& o) {
@@ -34,8 +36,8 @@ std::string States(const char* kind, const Option& o) {
 
 // Every node below a node as one line of its properties, in sibling order, depth first. Icon
 // styles show the icon file's bytes instead of its path, which an import of a KMZ changes.
-void Flatten(IAnnotationDBDataModel* m, const std::string& path, const std::string& uuid,
-             int depth, std::vector<std::string>* lines) {
+void Flatten(IAnnotationDBDataModel* m, const std::string& path, const std::string& uuid, int depth,
+             std::vector<std::string>* lines) {
   std::string line = std::to_string(depth) + " ";
   const E_NODE_KIND kind = m->QueryNodeKind(uuid);
   if (kind != NODE_KIND_FEATURE) {
@@ -44,8 +46,8 @@ void Flatten(IAnnotationDBDataModel* m, const std::string& path, const std::stri
   } else {
     CAnnotationFeature geometry;
     m->QueryGeometryData(uuid, &geometry);
-    line += "feature " + m->QueryFeatureOption(uuid).GetName() + " checked=" +
-            std::to_string(m->QueryFeatureOption(uuid).IsNodeChecked()) +
+    line += "feature " + m->QueryFeatureOption(uuid).GetName() +
+            " checked=" + std::to_string(m->QueryFeatureOption(uuid).IsNodeChecked()) +
             " kind=" + std::to_string(geometry.GetGeometryType()) + " geometry=";
     for (int p = 0; p < geometry.GetPartCount(); ++p) {
       for (const CVector3D& v : geometry.GetPart(p).Vertices()) {
@@ -103,10 +105,13 @@ class KmlTreeTest : public CCliDatabaseTest {
     AddFeature(tree.AddChildLayer(wells, "Zones"), "Z-1", true, GEOMETRY_DATA_TYPE_MULTIPOLYGON,
                {{{1, 1, 0}, {2, 1, 0}, {2, 2, 0}, {1, 1, 0}},
                 {{5, 5, 0}, {6, 5, 0}, {6, 6.25, 0}, {5, 5, 0}}});
-    AddFeature(wells, "Track", false, GEOMETRY_DATA_TYPE_LINESTRING, {{{0.1, 0.2, 0}, {0.3, 0.4, 0}}});
+    AddFeature(wells, "Track", false, GEOMETRY_DATA_TYPE_LINESTRING,
+               {{{0.1, 0.2, 0}, {0.3, 0.4, 0}}});
     tree.AddLayer(survey, "Spare");
-    SetStates(model_.QueryFolderOption(survey), &IAnnotationDBDataModel::ModifyFolderOption, 1, true);
-    SetStates(model_.QueryFolderOption(archive), &IAnnotationDBDataModel::ModifyFolderOption, 0, false);
+    SetStates(model_.QueryFolderOption(survey), &IAnnotationDBDataModel::ModifyFolderOption, 1,
+              true);
+    SetStates(model_.QueryFolderOption(archive), &IAnnotationDBDataModel::ModifyFolderOption, 0,
+              false);
     SetStates(model_.QueryLayerOption(wells), &IAnnotationDBDataModel::ModifyLayerOption, 1, true);
     model_.Uninstall();  // the tool opens the file next
     return survey;
@@ -126,20 +131,23 @@ class KmlTreeTest : public CCliDatabaseTest {
     }
     const std::string style = "PEN(c:#C80A14,w:2px);BRUSH(fc:#0080FF);SYMBOL(id:\"" + icon_ +
                               "\",a:30,s:1.5);LABEL(c:#010203,s:18pt)";
-    CStyleConverter::FromStyleString(checked ? style : "PEN(c:#000000,w:1px)", feature.GetStyleSet());
-    const std::string uuid =
-        CTreeBuilder(&model_).AddFeature(layer, name, AnnotationLayerNS::MappingAnnotationType(kind));
+    CStyleConverter::FromStyleString(checked ? style : "PEN(c:#000000,w:1px)",
+                                     feature.GetStyleSet());
+    const std::string uuid = CTreeBuilder(&model_).AddFeature(
+        layer, name, AnnotationLayerNS::MappingAnnotationType(kind));
     CZuFieldSetObject fields;
     AnnotationLayerNS::FillFieldSetFromFeature(fields, &feature);
     CFeatureOption option = model_.QueryFeatureOption(uuid);
     option.SetNodeChecked(checked);
-    ASSERT_TRUE(model_.ModifyGeometryData(uuid, &feature) && model_.ModifyOrInsertField(uuid, fields) &&
+    ASSERT_TRUE(model_.ModifyGeometryData(uuid, &feature) &&
+                model_.ModifyOrInsertField(uuid, fields) &&
                 model_.ModifyOrInsertStyle(uuid, feature.GetStyleSet(), 3) &&
                 model_.ModifyFeatureOption(option));
   }
 
   template <typename Option>
-  void SetStates(Option option, bool (IAnnotationDBDataModel::*modify)(Option&), int check, bool open) {
+  void SetStates(Option option, bool (IAnnotationDBDataModel::*modify)(Option&), int check,
+                 bool open) {
     option.SetNodeCheckState(check);
     option.SetNodeExpand(open);
     ASSERT_TRUE((model_.*modify)(option));
@@ -168,7 +176,8 @@ TEST_F(KmlTreeTest, RoundTripKeepsTheTree) {
     const Json::Value summary = ParseJson(imported.out);
     EXPECT_EQ(summary["features"].asInt(), 3);
     EXPECT_EQ(summary["icons"].asInt(), std::string(suffix) == ".kmz" ? 1 : 0);
-    const std::vector<std::string> top = ChildUuids(copy, ParseJson(imported.out)["parent"].asString());
+    const std::vector<std::string> top =
+        ChildUuids(copy, ParseJson(imported.out)["parent"].asString());
     ASSERT_EQ(top.size(), 1u);
     const std::vector<std::string> back = Lines(copy, top[0]);
     ASSERT_EQ(back.size(), source.size()) << suffix;
@@ -209,9 +218,10 @@ TEST_F(KmlTreeTest, BadInputLeavesTheDatabaseAsItWas) {
   auto placemark = [&point](const std::string& style) {
     return "<Placemark><styleUrl>" + style + "</styleUrl>" + point + "</Placemark>";
   };
-  const std::string styles = "<Style id='a'><IconStyle><Icon><href>files/a.png</href></Icon>"
-                             "</IconStyle></Style><Style id='b'><IconStyle><Icon><href>files/b.png"
-                             "</href></Icon></IconStyle></Style>";
+  const std::string styles =
+      "<Style id='a'><IconStyle><Icon><href>files/a.png</href></Icon>"
+      "</IconStyle></Style><Style id='b'><IconStyle><Icon><href>files/b.png"
+      "</href></Icon></IconStyle></Style>";
   std::string deep;
   for (int i = 0; i < 300; ++i) deep = "<Folder>" + deep + "</Folder>";
   const struct {
@@ -225,7 +235,8 @@ TEST_F(KmlTreeTest, BadInputLeavesTheDatabaseAsItWas) {
        "styleUrl '#gone' names no Style"},
       {"model.kml", "<kml><Placemark><Model/></Placemark></kml>", "<Model> is not supported"},
       {"gpx.kml", "<gpx/>", "not <kml>"},
-      {"bomb.kmz", "<kml><Document>" + styles + placemark("#a") + placemark("#b") + "</Document></kml>",
+      {"bomb.kmz",
+       "<kml><Document>" + styles + placemark("#a") + placemark("#b") + "</Document></kml>",
        "'files/b.png' unpacks to 8388608 bytes"},
   };
   const std::string before = RunTool({"tree", db_, "--features", "--json"}).out;

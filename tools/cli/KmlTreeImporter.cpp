@@ -48,8 +48,8 @@ bool CKmlTreeImporter::Interrupted() const {
 CKmlTreeImporter::E_OUTCOME CKmlTreeImporter::Run(CKmlTreeReader::Container* document,
                                                   const std::string& parentUuid,
                                                   E_NODE_KIND parentKind,
-                                                  const std::string& fallbackName,
-                                                  Summary* summary, std::string* error) {
+                                                  const std::string& fallbackName, Summary* summary,
+                                                  std::string* error) {
   *summary = Summary();
   summary_ = summary;
   std::vector<Container*> top;
@@ -200,8 +200,7 @@ bool CKmlTreeImporter::ImportLayers(const std::string& parent, E_NODE_KIND kind,
 // states are set afterwards, in the same transaction.
 bool CKmlTreeImporter::ApplyStates(const Container& container, const std::string& uuid) {
   CLayerOption layer = model_->QueryLayerOption(uuid);
-  if (layer.GetNodeCheckState() != container.checkState ||
-      layer.IsNodeExpand() != container.open) {
+  if (layer.GetNodeCheckState() != container.checkState || layer.IsNodeExpand() != container.open) {
     layer.SetNodeCheckState(container.checkState);
     layer.SetNodeExpand(container.open);
     if (!model_->ModifyLayerOption(layer)) {

@@ -2,7 +2,6 @@
 
 #include <QColor>
 #include <QXmlStreamReader>
-
 #include <climits>
 
 #include "FeatureBrushStyle.h"
@@ -21,8 +20,12 @@ const int kMaxStyleDepth = 8;
 // than allowed to exhaust the stack.
 const int kMaxNesting = 200;
 
-std::string Utf8(const QStringRef& text) { return text.toString().toStdString(); }
-std::string Utf8(const QString& text) { return text.toStdString(); }
+std::string Utf8(const QStringRef& text) {
+  return text.toString().toStdString();
+}
+std::string Utf8(const QString& text) {
+  return text.toStdString();
+}
 
 bool IsTrue(const QString& text) {
   const QString value = text.trimmed();
@@ -188,8 +191,9 @@ bool CKmlTreeReader::ParsePlacemark(QXmlStreamReader& xml, Item* item) {
   }
   const int kind = kinds.front();
   if (kinds.size() > 1) {
-    return Fail(xml, "placemark '" + name + "': a MultiGeometry that mixes points, lines and "
-                     "polygons is not supported");
+    return Fail(xml, "placemark '" + name +
+                         "': a MultiGeometry that mixes points, lines and "
+                         "polygons is not supported");
   }
   item->feature.reset(new CAnnotationFeature(static_cast<E_GEOMETRY_DATA_TYPE>(kind)));
   item->feature->SetName(CLocalText::FromUtf8(name));
@@ -229,8 +233,9 @@ bool CKmlTreeReader::ParseGeometry(QXmlStreamReader& xml, std::vector<int>* kind
   if (element == "LineString") kind = GEOMETRY_DATA_TYPE_LINESTRING;
   if (element == "LinearRing" || element == "Polygon") kind = GEOMETRY_DATA_TYPE_POLYGON;
   if (kind == GEOMETRY_DATA_TYPE_UNKNOWN) {
-    return Fail(xml, "the geometry <" + Utf8(element) + "> is not supported (points, lines, "
-                     "polygons and MultiGeometry of one of them are)");
+    return Fail(xml, "the geometry <" + Utf8(element) +
+                         "> is not supported (points, lines, "
+                         "polygons and MultiGeometry of one of them are)");
   }
   CGeometryData part;
   bool outerRead = false;
@@ -283,13 +288,14 @@ void CKmlTreeReader::ParseStyle(QXmlStreamReader& xml, const std::string& id) {
   KmlStyle style;
   while (xml.readNextStartElement()) {
     const QString kind = xml.name().toString();
-    if (kind != "LineStyle" && kind != "PolyStyle" && kind != "IconStyle" &&
-        kind != "LabelStyle") {
+    if (kind != "LineStyle" && kind != "PolyStyle" && kind != "IconStyle" && kind != "LabelStyle") {
       xml.skipCurrentElement();
       continue;
     }
-    (kind == "LineStyle" ? style.line : kind == "PolyStyle" ? style.poly
-                                      : kind == "IconStyle" ? style.icon : style.label) = true;
+    (kind == "LineStyle"   ? style.line
+     : kind == "PolyStyle" ? style.poly
+     : kind == "IconStyle" ? style.icon
+                           : style.label) = true;
     while (xml.readNextStartElement()) {
       const QString name = xml.name().toString();
       if (name == "Icon") {
@@ -304,8 +310,9 @@ void CKmlTreeReader::ParseStyle(QXmlStreamReader& xml, const std::string& id) {
       }
       const QString text = xml.readElementText(QXmlStreamReader::SkipChildElements);
       if (name == "color") {
-        (kind == "LineStyle" ? style.lineColor : kind == "PolyStyle" ? style.polyColor
-                                                                     : style.labelColor) = text;
+        (kind == "LineStyle"   ? style.lineColor
+         : kind == "PolyStyle" ? style.polyColor
+                               : style.labelColor) = text;
       } else if (name == "width") {
         style.width = NumberOr(text, style.width);
       } else if (name == "fill") {

@@ -23,7 +23,6 @@
 #define ANNOTATIONLAYER_CLI_KML_TREE_READER_H
 
 #include <QByteArray>
-
 #include <cstdint>
 #include <functional>
 #include <map>

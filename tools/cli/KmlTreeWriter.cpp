@@ -5,7 +5,6 @@
 #include <QIODevice>
 #include <QStringList>
 #include <QXmlStreamWriter>
-
 #include <algorithm>
 #include <vector>
 
@@ -27,46 +26,68 @@ namespace {
 
 const char kDescriptionKey[] = "description";
 
-QString Text(const std::string& utf8) { return QString::fromStdString(utf8); }
-QString Local(const std::string& local) { return Text(CLocalText::ToUtf8(local)); }
-QString Number(double value) { return Text(CNodeFormatter::Number(value)); }
+QString Text(const std::string& utf8) {
+  return QString::fromStdString(utf8);
+}
+QString Local(const std::string& local) {
+  return Text(CLocalText::ToUtf8(local));
+}
+QString Number(double value) {
+  return Text(CNodeFormatter::Number(value));
+}
 
 // KML colours are aabbggrr; the module keeps no alpha, so every colour is opaque.
 QString KmlColor(const QColor& color) {
   return QString::asprintf("ff%02x%02x%02x", color.blue(), color.green(), color.red());
 }
 
-// A length in screen pixels (96 per inch), the unit of KML's widths; ground metres stay as they are.
+// A length in screen pixels (96 per inch), the unit of KML's widths; ground metres stay as they
+// are.
 double Pixels(double value, E_GCS_UNIT unit) {
   switch (unit) {
-    case GCS_UNIT_POINT: return value * 96.0 / 72.0;
-    case GCS_UNIT_MILLIMETER: return value * 96.0 / 25.4;
-    case GCS_UNIT_CENTIMETER: return value * 96.0 / 2.54;
-    case GCS_UNIT_INCH: return value * 96.0;
-    default: return value;
+    case GCS_UNIT_POINT:
+      return value * 96.0 / 72.0;
+    case GCS_UNIT_MILLIMETER:
+      return value * 96.0 / 25.4;
+    case GCS_UNIT_CENTIMETER:
+      return value * 96.0 / 2.54;
+    case GCS_UNIT_INCH:
+      return value * 96.0;
+    default:
+      return value;
   }
 }
 
 const char* KmlFieldType(E_FIELD_OFST_TYPE type) {
   switch (type) {
-    case FIELD_OFST_TYPE_BOOL: return "bool";
-    case FIELD_OFST_TYPE_CHAR: return "short";
+    case FIELD_OFST_TYPE_BOOL:
+      return "bool";
+    case FIELD_OFST_TYPE_CHAR:
+      return "short";
     // KML has no 64-bit type: large values read back as 64-bit integers.
     case FIELD_OFST_TYPE_INT:
-    case FIELD_OFST_TYPE_INT64: return "int";
-    case FIELD_OFST_TYPE_FLOAT: return "float";
-    case FIELD_OFST_TYPE_DOUBLE: return "double";
-    default: return "string";
+    case FIELD_OFST_TYPE_INT64:
+      return "int";
+    case FIELD_OFST_TYPE_FLOAT:
+      return "float";
+    case FIELD_OFST_TYPE_DOUBLE:
+      return "double";
+    default:
+      return "string";
   }
 }
 
 QString ValueText(const QVariant& value) {
   switch (static_cast<int>(value.type())) {
-    case QVariant::Bool: return value.toBool() ? "1" : "0";
+    case QVariant::Bool:
+      return value.toBool() ? "1" : "0";
     case QMetaType::Float:
-    case QVariant::Double: return Number(value.toDouble());
-    case QVariant::ByteArray: return Local(value.toByteArray().toStdString());
-    default: return value.toString();
+    case QVariant::Double:
+      return Number(value.toDouble());
+    case QVariant::ByteArray:
+      return Local(value.toByteArray().toStdString());
+    default:
+      return value.toString();
   }
 }
 
@@ -84,7 +105,8 @@ void WriteCoordinates(QXmlStreamWriter& xml, const std::vector<CVector3D>& verti
   for (const CVector3D& v : vertices) {
     points << Number(v.X()) + "," + Number(v.Y()) + "," + Number(v.Z());
   }
-  if (close && !vertices.empty() && !(vertices.front() == vertices.back())) points << points.front();
+  if (close && !vertices.empty() && !(vertices.front() == vertices.back()))
+    points << points.front();
   xml.writeTextElement("coordinates", points.join(' '));
 }
 
@@ -130,7 +152,9 @@ void WriteGeometry(QXmlStreamWriter& xml, const IAnnotationFeature& feature) {
 CKmlTreeWriter::CKmlTreeWriter(IAnnotationDBDataModel* model, const CInterruptFlag* interrupt)
     : model_(model), interrupt_(interrupt) {}
 
-bool CKmlTreeWriter::Interrupted() const { return interrupt_ != nullptr && interrupt_->IsSet(); }
+bool CKmlTreeWriter::Interrupted() const {
+  return interrupt_ != nullptr && interrupt_->IsSet();
+}
 
 // The first pass finds the shared styles and the layers' schemas, which the document declares
 // before its folders.
@@ -139,8 +163,9 @@ bool CKmlTreeWriter::Collect(const std::string& uuid, E_NODE_KIND kind) {
   auto declare = [&schema](const CZuFieldSetObject& set) {
     for (const CZuFieldSetObject::__tagField& field : CFieldValueList(set).fields) {
       const std::string key = CLocalText::ToUtf8(field.key);
-      const bool known = std::any_of(schema.fields.begin(), schema.fields.end(),
-                                     [&key](const auto& declared) { return declared.first == key; });
+      const bool known =
+          std::any_of(schema.fields.begin(), schema.fields.end(),
+                      [&key](const auto& declared) { return declared.first == key; });
       if (!known && !IsDescription(field)) schema.fields.emplace_back(key, field.type);
     }
   };

@@ -77,7 +77,7 @@ class CKmlTreeWriter {
   std::map<std::string, std::string> styleIds_;      // feature uuid -> style id
   std::map<std::string, std::string> styleIdOfKey_;  // style JSON -> style id
   std::vector<std::pair<std::string, CFeatureStyleSet>> styles_;
-  std::map<std::string, Schema> schemas_;       // layer uuid -> schema
+  std::map<std::string, Schema> schemas_;  // layer uuid -> schema
   std::vector<std::string> schemaOrder_;
   std::map<std::string, std::string> iconNames_;  // local path -> archive name
   std::vector<std::pair<std::string, std::string>> packed_;

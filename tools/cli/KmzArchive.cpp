@@ -88,8 +88,8 @@ bool CKmzArchive::Read(const std::string& name, QByteArray* bytes, std::string* 
   char extra = 0;
   int64_t done = 0;
   while (done < size) {
-    const zip_int64_t got = zip_fread(file.get(), bytes->data() + done,
-                                      static_cast<zip_uint64_t>(size - done));
+    const zip_int64_t got =
+        zip_fread(file.get(), bytes->data() + done, static_cast<zip_uint64_t>(size - done));
     if (got <= 0) break;
     done += got;
   }
@@ -120,7 +120,8 @@ bool CKmzArchive::Write(const std::string& path, const QByteArray& document,
   }
   for (size_t i = 0; ok && i < files.size(); ++i) {
     zip_source_t* file = zip_source_file(archive, files[i].second.c_str(), 0, -1);
-    if (file == nullptr || zip_file_add(archive, files[i].first.c_str(), file, ZIP_FL_ENC_UTF_8) < 0) {
+    if (file == nullptr ||
+        zip_file_add(archive, files[i].first.c_str(), file, ZIP_FL_ENC_UTF_8) < 0) {
       if (file != nullptr) zip_source_free(file);
       ok = false;
     }

@@ -12,7 +12,6 @@
 #define ANNOTATIONLAYER_CLI_KMZ_ARCHIVE_H
 
 #include <QByteArray>
-
 #include <cstdint>
 #include <string>
 #include <utility>
