@@ -82,7 +82,8 @@ int CExportCommand::Run(CCommandContext& context) {
   // Closing writes what formats keep in memory until then.
   dataset.reset();
   if (outcome == CSubtreeExporter::OUTCOME_INTERRUPTED) {
-    return context.Fail("interrupted; what was written was removed", CCommandContext::kExitInterrupted);
+    return context.Fail("interrupted; what was written was removed",
+                        CCommandContext::kExitInterrupted);
   }
   if (outcome != CSubtreeExporter::OUTCOME_DONE) {
     return context.FailWithCause(error + "; what was written was removed");
@@ -134,7 +135,8 @@ int CExportCommand::RunTree(CCommandContext& context, const std::string& out) {
   CInterruptFlag interrupt;
   CKmlTreeWriter writer(session.Model(), &interrupt);
   CKmlTreeWriter::Summary summary;
-  const CKmlTreeWriter::E_OUTCOME outcome = writer.Write(uuid, kind, kmz, &document, &summary, &error);
+  const CKmlTreeWriter::E_OUTCOME outcome =
+      writer.Write(uuid, kind, kmz, &document, &summary, &error);
   if (outcome == CKmlTreeWriter::OUTCOME_INTERRUPTED) {
     return context.Fail("interrupted; nothing was written", CCommandContext::kExitInterrupted);
   }

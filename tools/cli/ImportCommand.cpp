@@ -308,7 +308,9 @@ int CImportCommand::RunTree(CCommandContext& context) {
   const CArgumentParser& args = context.Args();
   const auto start = std::chrono::steady_clock::now();
   for (const char* option : {"name-field", "layer-type", "oo"}) {
-    if (args.Has(option)) return context.UsageError(std::string("--") + option + " does not go with --tree");
+    if (args.Has(option)) {
+      return context.UsageError(std::string("--") + option + " does not go with --tree");
+    }
   }
   if (args.Has("under") && !CDatabaseSession::IsWellFormedUuid(args.Value("under"))) {
     return context.UsageError("--under: '" + args.Value("under") + "' is not a node uuid");
@@ -336,7 +338,9 @@ int CImportCommand::RunTree(CCommandContext& context) {
     archive.reset(new CKmzArchive);
     if (!archive->Open(sourcePath, &error)) return context.Fail(error + "; nothing was imported");
     const std::string name = archive->DocumentName();
-    if (name.empty()) return context.Fail(sourcePath + " holds no KML document; nothing was imported");
+    if (name.empty()) {
+      return context.Fail(sourcePath + " holds no KML document; nothing was imported");
+    }
     if (!archive->Read(name, &document, &error)) {
       return context.Fail(sourcePath + ": " + error + "; nothing was imported");
     }
@@ -406,8 +410,9 @@ int CImportCommand::RunTree(CCommandContext& context) {
                      CNodeFormatter::Seconds(seconds) + " s";
   if (icons.Count() > 0) line += "; " + std::to_string(icons.Count()) + " icons unpacked";
   if (read.withoutGeometry + read.skipped > 0) {
-    line += "; skipped " + std::to_string(read.withoutGeometry) + " placemarks without geometry and " +
-            std::to_string(read.skipped) + " overlays or links";
+    line += "; skipped " + std::to_string(read.withoutGeometry) +
+            " placemarks without geometry and " + std::to_string(read.skipped) +
+            " overlays or links";
   }
   if (read.droppedInteriorRings > 0) {
     line += "; dropped " + std::to_string(read.droppedInteriorRings) + " interior rings";

@@ -307,7 +307,8 @@ class CNamePainter : public CSpatialiteNameDB::INameVisitor {
 
 // Paints the view at `extent` into `path`, with the name database's names on top.
 // The atlas's folders, layers and features as nested KML folders in a KMZ.
-bool ExportAtlas(IAnnotationDBDataModel* model, const std::string& folder, const std::string& path) {
+bool ExportAtlas(IAnnotationDBDataModel* model, const std::string& folder,
+                 const std::string& path) {
   std::error_code ignored;
   std::filesystem::remove(path, ignored);
   QBuffer document;
