@@ -13,6 +13,7 @@ packages=(
   libbenchmark-dev
   clang libclang-rt-14-dev
   libgdal-dev gdal-bin
+  libzip-dev libxml2-utils
   time
   fonts-dejavu-core fontconfig
 )

@@ -3,12 +3,17 @@
 #include <gdal_priv.h>
 #include <sys/stat.h>
 
+#include <QBuffer>
+#include <QFile>
+
 #include <chrono>
 
 #include "ArgumentParser.h"
 #include "CommandContext.h"
 #include "DatabaseSession.h"
 #include "InterruptFlag.h"
+#include "KmlTreeWriter.h"
+#include "KmzArchive.h"
 #include "LogCollector.h"
 #include "NodeFormatter.h"
 #include "OutputStaging.h"
@@ -24,8 +29,12 @@ void CExportCommand::Declare(CArgumentParser* parser) const {
   parser->AddOption("format", "F",
                     "GDAL vector driver, e.g. GPKG, GeoJSON, \"ESRI Shapefile\", CSV, FlatGeobuf, "
                     "KML (default: from OUT's extension)");
+  parser->AddFlag("tree", "write the subtree as nested KML folders (OUT.kml or OUT.kmz, which "
+                          "also packs the icons), keeping order, visibility, open state, "
+                          "styles and fields");
   parser->AddFlag("json", "print the summary as JSON");
   parser->AddExample("annotationlayer export notes.db 0f8c... cities.gpkg");
+  parser->AddExample("annotationlayer export notes.db 0f8c... survey.kmz --tree");
   parser->AddExample("annotationlayer export notes.db 0f8c... out --format \"ESRI Shapefile\"");
 }
 
@@ -35,9 +44,13 @@ int CExportCommand::Run(CCommandContext& context) {
   const std::string out = args.Positional("OUT");
   if (out.empty()) return context.UsageError("OUT must not be empty");
   struct stat info;
+  if (args.Has("tree") && args.Has("format")) {
+    return context.UsageError("--format does not go with --tree (OUT ends in .kml or .kmz)");
+  }
   if (stat(out.c_str(), &info) == 0) {
     return context.Fail(out + " exists already; refusing to overwrite it");
   }
+  if (args.Has("tree")) return RunTree(context, out);
   std::string error;
   GDALDriver* driver = CVectorFormat::ForOutput(out, args.Value("format"), &error);
   if (driver == nullptr) return context.UsageError(error);
@@ -69,7 +82,8 @@ int CExportCommand::Run(CCommandContext& context) {
   // Closing writes what formats keep in memory until then.
   dataset.reset();
   if (outcome == CSubtreeExporter::OUTCOME_INTERRUPTED) {
-    return context.Fail("interrupted; what was written was removed", CCommandContext::kExitInterrupted);
+    return context.Fail("interrupted; what was written was removed",
+                        CCommandContext::kExitInterrupted);
   }
   if (outcome != CSubtreeExporter::OUTCOME_DONE) {
     return context.FailWithCause(error + "; what was written was removed");
@@ -92,6 +106,74 @@ int CExportCommand::Run(CCommandContext& context) {
                   std::to_string(summary.layers) + (summary.layers == 1 ? " layer" : " layers") +
                   " to " + out + " (" + CVectorFormat::Name(driver) + ") in " +
                   CNodeFormatter::Seconds(seconds) + " s");
+  }
+  return CCommandContext::kExitOk;
+}
+
+int CExportCommand::RunTree(CCommandContext& context, const std::string& out) {
+  const CArgumentParser& args = context.Args();
+  const auto start = std::chrono::steady_clock::now();
+  const QString suffix = QString::fromStdString(out).section('.', -1).toLower();
+  if (suffix != "kml" && suffix != "kmz") {
+    return context.UsageError("--tree writes OUT.kml or OUT.kmz, not " + out);
+  }
+  const bool kmz = suffix == "kmz";
+  std::string error;
+  CDatabaseSession session;
+  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
+  const std::string uuid = args.Positional("UUID");
+  E_NODE_KIND kind = NODE_KIND_NONE;
+  if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
+  if (kind == NODE_KIND_FEATURE) {
+    return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
+  }
+
+  COutputStaging staging(out);
+  if (!staging.IsReady()) return context.Fail(staging.Error());
+  QBuffer document;
+  document.open(QIODevice::WriteOnly);
+  CInterruptFlag interrupt;
+  CKmlTreeWriter writer(session.Model(), &interrupt);
+  CKmlTreeWriter::Summary summary;
+  const CKmlTreeWriter::E_OUTCOME outcome =
+      writer.Write(uuid, kind, kmz, &document, &summary, &error);
+  if (outcome == CKmlTreeWriter::OUTCOME_INTERRUPTED) {
+    return context.Fail("interrupted; nothing was written", CCommandContext::kExitInterrupted);
+  }
+  if (outcome != CKmlTreeWriter::OUTCOME_DONE) return context.Fail(error + "; nothing was written");
+  if (kmz) {
+    if (!CKmzArchive::Write(staging.Path(), document.data(), writer.PackedFiles(), &error)) {
+      return context.Fail(error);
+    }
+  } else {
+    QFile file(QString::fromStdString(staging.Path()));
+    if (!file.open(QIODevice::WriteOnly) || file.write(document.data()) != document.size() ||
+        !file.flush()) {
+      return context.Fail("cannot write " + out);
+    }
+  }
+  if (!staging.Publish(&error)) return context.Fail(error);
+
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  const int icons = static_cast<int>(writer.PackedFiles().size());
+  if (context.Json()) {
+    Json::Value result(Json::objectValue);
+    result["out"] = out;
+    result["format"] = kmz ? "KMZ" : "KML";
+    result["folders"] = summary.folders;
+    result["layers"] = summary.layers;
+    result["features"] = static_cast<Json::Int64>(summary.features);
+    result["styles"] = summary.styles;
+    result["icons"] = icons;
+    result["seconds"] = seconds;
+    context.PrintJson(result);
+  } else {
+    context.Print("exported " + std::to_string(summary.features) + " features in " +
+                  std::to_string(summary.layers) + " layers and " +
+                  std::to_string(summary.folders) + " folders to " + out + " (" +
+                  (kmz ? "KMZ, " + std::to_string(icons) + " icons packed" : std::string("KML")) +
+                  ") in " + CNodeFormatter::Seconds(seconds) + " s");
   }
   return CCommandContext::kExitOk;
 }

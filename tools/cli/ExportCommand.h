@@ -5,6 +5,9 @@
 // (COutputStaging), or refused with nothing written. A failed or interrupted export removes what
 // it wrote.
 //
+// With --tree, OUT.kml or OUT.kmz gets the subtree as nested KML folders (CKmlTreeWriter): its
+// order, states, styles and fields, and in a KMZ the icon files it uses.
+//
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H
 #define ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H
@@ -23,6 +26,9 @@ class CExportCommand : public ICommand {
   }
   void Declare(CArgumentParser* parser) const override;
   int Run(CCommandContext& context) override;
+
+ private:
+  int RunTree(CCommandContext& context, const std::string& out);
 };
 
 #endif  // ANNOTATIONLAYER_CLI_EXPORT_COMMAND_H

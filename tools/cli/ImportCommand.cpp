@@ -5,7 +5,12 @@
 #include <ogrsf_frmts.h>
 #include <sys/stat.h>
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
 #include <chrono>
+#include <memory>
 
 #include "ArgumentParser.h"
 #include "ChildLister.h"
@@ -13,6 +18,9 @@
 #include "DatabaseSession.h"
 #include "IAnnotationDBDataModel.h"
 #include "InterruptFlag.h"
+#include "KmlTreeImporter.h"
+#include "KmlTreeReader.h"
+#include "KmzArchive.h"
 #include "LogCollector.h"
 #include "NodeFormatter.h"
 #include "ProgressBar.h"
@@ -81,6 +89,73 @@ bool HasField(GDALDataset* dataset, const std::string& name) {
   return false;
 }
 
+// Icons unpacked from a KMZ; removed again unless the import succeeded.
+class CUnpackedIcons {
+ public:
+  CUnpackedIcons(CKmzArchive* archive, const std::string& directory)
+      : archive_(archive), directory_(QString::fromStdString(directory)) {}
+  ~CUnpackedIcons() {
+    if (kept_) return;
+    for (const QString& file : files_) QFile::remove(file);
+    if (madeDirectory_) QDir().rmdir(directory_);
+  }
+  CUnpackedIcons(const CUnpackedIcons&) = delete;
+  CUnpackedIcons& operator=(const CUnpackedIcons&) = delete;
+
+  void Keep() { kept_ = true; }
+  int Count() const { return static_cast<int>(files_.size()); }
+
+  // The local file for `href` when the archive holds it (an equal file already there is
+  // reused); other hrefs are kept as they are.
+  bool Resolve(const std::string& href, std::string* url, std::string* error) {
+    *url = href;
+    if (archive_ == nullptr || !archive_->Contains(href)) return true;
+    QByteArray bytes;
+    if (!archive_->Read(href, &bytes, error)) return false;
+    if (!QDir(directory_).exists()) {
+      if (!QDir().mkpath(directory_)) {
+        *error = "cannot make the icon directory " + directory_.toStdString();
+        return false;
+      }
+      madeDirectory_ = true;
+    }
+    const QFileInfo name(QString::fromStdString(href));
+    for (int n = 1;; ++n) {
+      const QString file = directory_ + "/" + name.completeBaseName() +
+                           (n > 1 ? "-" + QString::number(n) : QString()) +
+                           (name.suffix().isEmpty() ? QString() : "." + name.suffix());
+      QFile existing(file);
+      if (existing.exists()) {
+        if (existing.open(QIODevice::ReadOnly) && existing.readAll() == bytes) {
+          *url = file.toStdString();
+          return true;
+        }
+        continue;
+      }
+      QFile out(file);
+      if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size() || !out.flush()) {
+        *error = "cannot write the icon " + file.toStdString();
+        return false;
+      }
+      files_.push_back(file);
+      *url = file.toStdString();
+      return true;
+    }
+  }
+
+ private:
+  CKmzArchive* archive_;
+  QString directory_;
+  std::vector<QString> files_;
+  bool madeDirectory_ = false;
+  bool kept_ = false;
+};
+
+bool IsKmz(const std::string& path) {
+  QFile file(QString::fromStdString(path));
+  return file.open(QIODevice::ReadOnly) && file.read(2) == "PK";
+}
+
 }  // namespace
 
 void CImportCommand::Declare(CArgumentParser* parser) const {
@@ -94,8 +169,11 @@ void CImportCommand::Declare(CArgumentParser* parser) const {
   parser->AddRepeatableOption("oo", "NAME=VALUE",
                               "a GDAL open option of the source's driver, e.g. "
                               "X_POSSIBLE_NAMES=lng for a CSV with coordinate columns");
+  parser->AddFlag("tree", "read a KML or KMZ file as a tree: folders, layers, placemarks, "
+                          "visibility, open state, styles and fields, in document order");
   parser->AddFlag("json", "print the summary as JSON");
   parser->AddExample("annotationlayer import notes.db cities.geojson --name-field name");
+  parser->AddExample("annotationlayer import notes.db survey.kmz --tree");
   parser->AddExample("annotationlayer import notes.db sites.csv --oo X_POSSIBLE_NAMES=lng "
                      "--oo Y_POSSIBLE_NAMES=lat");
   parser->AddExample("annotationlayer import notes.db roads.gpkg --under 0f8c...");
@@ -103,6 +181,7 @@ void CImportCommand::Declare(CArgumentParser* parser) const {
 
 int CImportCommand::Run(CCommandContext& context) {
   const CArgumentParser& args = context.Args();
+  if (args.Has("tree")) return RunTree(context);
   const auto start = std::chrono::steady_clock::now();
   CSourceImporter::Options options;
   if (args.Has("layer-type") && !ParseLayerType(args.Value("layer-type"), &options.layerType)) {
@@ -220,6 +299,123 @@ int CImportCommand::Run(CCommandContext& context) {
   }
   if (summary.droppedInteriorRings > 0) {
     line += "; dropped " + std::to_string(summary.droppedInteriorRings) + " interior rings";
+  }
+  context.Print(line);
+  return CCommandContext::kExitOk;
+}
+
+int CImportCommand::RunTree(CCommandContext& context) {
+  const CArgumentParser& args = context.Args();
+  const auto start = std::chrono::steady_clock::now();
+  for (const char* option : {"name-field", "layer-type", "oo"}) {
+    if (args.Has(option)) {
+      return context.UsageError(std::string("--") + option + " does not go with --tree");
+    }
+  }
+  if (args.Has("under") && !CDatabaseSession::IsWellFormedUuid(args.Value("under"))) {
+    return context.UsageError("--under: '" + args.Value("under") + "' is not a node uuid");
+  }
+  const std::string sourcePath = args.Positional("SOURCE");
+  const std::string dbPath = args.Positional("DB");
+  QFile source(QString::fromStdString(sourcePath));
+  if (!source.exists()) return context.Fail(sourcePath + ": no such file");
+
+  CDatabaseSession session;
+  std::string error;
+  if (!session.Open(dbPath, &error, CDatabaseSession::OPEN_FOR_WRITING)) {
+    return context.Fail(error);
+  }
+  const std::string parent = args.Value("under", session.RootUuid());
+  E_NODE_KIND kind = NODE_KIND_NONE;
+  if (!session.Resolve(parent, &kind, &error)) return context.Fail("--under: " + error);
+  if (kind == NODE_KIND_FEATURE) {
+    return context.Fail("--under must name a folder or a layer, not a feature");
+  }
+
+  std::unique_ptr<CKmzArchive> archive;
+  QByteArray document;
+  if (IsKmz(sourcePath)) {
+    archive.reset(new CKmzArchive);
+    if (!archive->Open(sourcePath, &error)) return context.Fail(error + "; nothing was imported");
+    const std::string name = archive->DocumentName();
+    if (name.empty()) {
+      return context.Fail(sourcePath + " holds no KML document; nothing was imported");
+    }
+    if (!archive->Read(name, &document, &error)) {
+      return context.Fail(sourcePath + ": " + error + "; nothing was imported");
+    }
+  } else {
+    if (!source.open(QIODevice::ReadOnly)) return context.Fail("cannot read " + sourcePath);
+    if (source.size() > CKmzArchive::kMaxUnpackedBytes) {
+      return context.Fail(sourcePath + " is larger than " +
+                          std::to_string(CKmzArchive::kMaxUnpackedBytes >> 20) +
+                          " MiB; nothing was imported");
+    }
+    document = source.readAll();
+  }
+
+  CUnpackedIcons icons(archive.get(), dbPath + "-icons");
+  const QDir sourceDir = QFileInfo(source).absoluteDir();
+  CKmlTreeReader reader([&](const std::string& href, std::string* url, std::string* why) {
+    if (archive) return icons.Resolve(href, url, why);
+    // A relative href of a plain KML file names a file beside it.
+    *url = href;
+    const QString path = QString::fromStdString(href);
+    if (href.find("://") == std::string::npos && QFileInfo(path).isRelative() &&
+        QFileInfo(sourceDir, path).isFile()) {
+      *url = QFileInfo(sourceDir, path).absoluteFilePath().toStdString();
+    }
+    return true;
+  });
+  CKmlTreeReader::Container tree;
+  if (!reader.Read(document, &tree, &error)) {
+    return context.Fail(sourcePath + ": " + error + "; nothing was imported");
+  }
+
+  CInterruptFlag interrupt;
+  CKmlTreeImporter importer(session.Model(), &interrupt);
+  CKmlTreeImporter::Summary summary;
+  context.Log()->ClearLastError();
+  const CKmlTreeImporter::E_OUTCOME outcome =
+      importer.Run(&tree, parent, kind, BaseName(sourcePath), &summary, &error);
+  if (outcome == CKmlTreeImporter::OUTCOME_INTERRUPTED) {
+    return context.Fail("interrupted; nothing was imported", CCommandContext::kExitInterrupted);
+  }
+  if (outcome != CKmlTreeImporter::OUTCOME_DONE) {
+    return context.FailWithCause(sourcePath + ": " + error + "; nothing was imported");
+  }
+  icons.Keep();
+
+  const CKmlTreeReader::Summary& read = reader.GetSummary();
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  if (context.Json()) {
+    Json::Value result(Json::objectValue);
+    result["source"] = sourcePath;
+    result["parent"] = parent;
+    result["folders"] = summary.folders;
+    result["layers"] = summary.layers;
+    result["features"] = static_cast<Json::Int64>(summary.features);
+    result["icons"] = icons.Count();
+    result["without_geometry"] = static_cast<Json::Int64>(read.withoutGeometry);
+    result["skipped_other"] = static_cast<Json::Int64>(read.skipped);
+    result["dropped_interior_rings"] = static_cast<Json::Int64>(read.droppedInteriorRings);
+    result["seconds"] = seconds;
+    context.PrintJson(result);
+    return CCommandContext::kExitOk;
+  }
+  std::string line = "imported " + std::to_string(summary.features) + " features into " +
+                     std::to_string(summary.layers) + " layers and " +
+                     std::to_string(summary.folders) + " folders in " +
+                     CNodeFormatter::Seconds(seconds) + " s";
+  if (icons.Count() > 0) line += "; " + std::to_string(icons.Count()) + " icons unpacked";
+  if (read.withoutGeometry + read.skipped > 0) {
+    line += "; skipped " + std::to_string(read.withoutGeometry) +
+            " placemarks without geometry and " + std::to_string(read.skipped) +
+            " overlays or links";
+  }
+  if (read.droppedInteriorRings > 0) {
+    line += "; dropped " + std::to_string(read.droppedInteriorRings) + " interior rings";
   }
   context.Print(line);
   return CCommandContext::kExitOk;

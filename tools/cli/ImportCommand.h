@@ -4,6 +4,11 @@
 // A progress bar shows on a terminal; a summary line (or JSON, which also names the new top
 // layer) reports features, layers, seconds and what was skipped.
 //
+// With --tree the source is a KML or KMZ file read as a tree (CKmlTreeReader, CKmlTreeImporter):
+// its folders, layers, placemarks, states, styles and fields, in document order. Icons packed in
+// a KMZ are unpacked into the directory "DB-icons" beside the database, and the icon styles point
+// there; a failed import removes what it unpacked.
+//
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_IMPORT_COMMAND_H
 #define ANNOTATIONLAYER_CLI_IMPORT_COMMAND_H
@@ -22,6 +27,9 @@ class CImportCommand : public ICommand {
   }
   void Declare(CArgumentParser* parser) const override;
   int Run(CCommandContext& context) override;
+
+ private:
+  int RunTree(CCommandContext& context);
 };
 
 #endif  // ANNOTATIONLAYER_CLI_IMPORT_COMMAND_H

@@ -15,6 +15,7 @@
 #include "FeatureOption.h"
 #include "FeatureStyleSet.h"
 #include "FieldConverter.h"
+#include "FieldValueList.h"
 #include "GeometryConverter.h"
 #include "IAnnotationDBDataModel.h"
 #include "InterruptFlag.h"
@@ -59,17 +60,6 @@ class CFeatureUuids : public IAnnotationDBObjectVisitor {
   }
   bool IsOnlyUUID() override { return true; }
   std::vector<std::string> uuids;
-};
-
-// The fields of a set in order, without removed ones.
-class CFieldList : public CZuFieldSetObject::IFieldDataVisitor {
- public:
-  void VisitField(const CZuFieldSetObject::__tagField& field) override {
-    if (field.state != CZuFieldSetObject::FIELD_STATE_REMOVED && !field.key.empty()) {
-      fields.push_back(field);
-    }
-  }
-  std::vector<CZuFieldSetObject::__tagField> fields;
 };
 
 std::string Lower(std::string text) {
@@ -202,8 +192,7 @@ CSubtreeExporter::E_OUTCOME CSubtreeExporter::ExportLayer(
   // The layer's field header becomes the OGR schema, in its order.
   CZuFieldSetObject headers;
   model_->QueryLayerHeaderList(entry.uuid, headers);
-  CFieldList headerList;
-  headers.TravelField(headerList);
+  const CFieldValueList headerList(headers);
   std::map<std::string, int> fieldIndex;
   for (const CZuFieldSetObject::__tagField& field : headerList.fields) {
     OGRFieldSubType subType = OFSTNone;
@@ -228,8 +217,7 @@ CSubtreeExporter::E_OUTCOME CSubtreeExporter::ExportLayer(
 
     fields.Cleanup();
     model_->QueryField(uuid, fields);
-    CFieldList values;
-    fields.TravelField(values);
+    const CFieldValueList values(fields);
     for (const CZuFieldSetObject::__tagField& field : values.fields) {
       auto found = fieldIndex.find(field.key);
       if (found != fieldIndex.end()) {

@@ -3,7 +3,7 @@
 // bundled Natural Earth sample (CSampleAtlas), prints the tree, moves a view across the world with
 // a spatial engine while counting the engine's 551/552 events (CViewRenderer), edits one
 // country's outline through the key-point database, places ocean names in the name database, and
-// writes a picture of the view.
+// writes a picture of the view and the atlas as a KMZ (CKmlTreeWriter) that globe viewers open.
 //
 // The module's exported classes (the key-point and name databases, the batch importer behind the
 // sample) are linked as the host's plugins link them; dlopen then finds the library already
@@ -15,6 +15,7 @@
 // prints where.
 #include <stdlib.h>
 
+#include <QBuffer>
 #include <QColor>
 #include <QFont>
 #include <QImage>
@@ -45,6 +46,8 @@
 #include "NameRecorder.h"
 #include "ObjectCreator.h"
 #include "OffscreenGui.h"
+#include "KmlTreeWriter.h"
+#include "KmzArchive.h"
 #include "SampleAtlas.h"
 #include "SpatialiteEditorDB.h"
 #include "SpatialiteNameDB.h"
@@ -303,6 +306,27 @@ class CNamePainter : public CSpatialiteNameDB::INameVisitor {
 };
 
 // Paints the view at `extent` into `path`, with the name database's names on top.
+// The atlas's folders, layers and features as nested KML folders in a KMZ.
+bool ExportAtlas(IAnnotationDBDataModel* model, const std::string& folder,
+                 const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::remove(path, ignored);
+  QBuffer document;
+  document.open(QIODevice::WriteOnly);
+  CKmlTreeWriter writer(model, nullptr);
+  CKmlTreeWriter::Summary summary;
+  std::string error;
+  bool ok = writer.Write(folder, NODE_KIND_FOLDER, true, &document, &summary, &error) ==
+            CKmlTreeWriter::OUTCOME_DONE;
+  ok = ok && CKmzArchive::Write(path, document.data(), writer.PackedFiles(), &error);
+  if (ok) {
+    Detail("%lld placemarks in %d layers and %d folders, %d shared styles",
+           static_cast<long long>(summary.features), summary.layers, summary.folders,
+           summary.styles);
+  }
+  return Report("export the atlas as " + path, ok, error);
+}
+
 bool WritePicture(CViewRenderer* view, CSpatialiteNameDB* names, const EXTENT& extent, int width,
                   int height, const std::string& path) {
   QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
@@ -394,6 +418,7 @@ int Run(const Options& options) {
     }
     ok = Report("close the name database (commits the names)", names.Close()) && ok;
   }
+  ok = ok && ExportAtlas(model.get(), atlas.atlasFolder, out + "world.kmz");
 
   const std::string namesPath = module->GetCacheDir() + "name_cluster_demo.db";
   model->Uninstall();
@@ -403,6 +428,7 @@ int Run(const Options& options) {
   if (ok) {
     std::cout << "database: " << dbPath << std::endl
               << "picture: " << out << "world.png" << std::endl
+              << "atlas as KMZ: " << out << "world.kmz" << std::endl
               << "names: " << namesPath << std::endl;
   }
   std::cout << "module log: " << logPath << std::endl;
