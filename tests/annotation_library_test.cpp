@@ -10,6 +10,7 @@
 #include "FeatureLabelStyle.h"
 #include "FeaturePenStyle.h"
 #include "FeatureStyleSet.h"
+#include "IAnnotationModule.h"
 
 namespace {
 
@@ -136,3 +137,14 @@ TEST(FeatureStyleSetTest, OwnershipAndDeepCopy) {
   EXPECT_EQ(2, deaths);
 }
 
+
+TEST(AnnotationModuleTest, OneModuleMakesPlainObjects) {
+  IAnnotationModule* module = GetOrCreateAnnotationModule();
+  ASSERT_NE(nullptr, module);
+  EXPECT_EQ(module, GetOrCreateAnnotationModule());
+  std::unique_ptr<IAnnotationGroup> group = module->CreateGroup();
+  ASSERT_NE(nullptr, group);
+  group->AddFeature(module->CreateFeature());
+  EXPECT_EQ(1, group->GetFeatureCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_UNKNOWN, group->GetFeature(0)->GetGeometryType());
+}

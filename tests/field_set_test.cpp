@@ -292,3 +292,25 @@ TEST(FeatureFieldSetTest, NullFeatureFailsWithOneLogLine) {
   EXPECT_EQ(1, capture.Count("[FillFeatureFromFieldSet]:"));
   EXPECT_TRUE(set.IsEmpty());
 }
+
+// Absent keys leave the caller's values alone; keys compare byte for byte; a class names the
+// first field that has it.
+TEST(FieldSetTest, AbsentKeysAndLookupByClass) {
+  CZuFieldSetObject set;
+  set.SetField("a", FIELD_OFST_TYPE_INT, "geo", QVariant(1));
+  set.SetField(std::string("a\0b", 3), FIELD_OFST_TYPE_INT, "geo", QVariant(2));
+  QVariant value(42);
+  std::string cls = "untouched";
+  EXPECT_FALSE(set.GetField(value, cls, "A"));
+  EXPECT_EQ(QVariant(42), value);
+  EXPECT_EQ("untouched", cls);
+  Field field;
+  EXPECT_FALSE(set.GetField(field, "b"));
+  EXPECT_EQ(FIELD_OFST_TYPE_NONE, set.GetFieldType("b"));
+  EXPECT_EQ("", set.GetFieldClass("b"));
+  EXPECT_EQ(QVariant(2), set.GetFieldValue(std::string("a\0b", 3)));
+  EXPECT_EQ("a", set.GetFieldKeyByClass("geo"));
+  EXPECT_EQ(QVariant(1), set.GetFieldValueByClass("geo"));
+  EXPECT_EQ("", set.GetFieldKeyByClass("none"));
+  EXPECT_FALSE(set.GetFieldValueByClass("none").isValid());
+}
