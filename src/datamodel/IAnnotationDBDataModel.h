@@ -162,6 +162,18 @@ class ANNOTATIONLAYER_EXPORT IAnnotationDBDataModel : public IObject {
   virtual bool DeleteEnclosure(int id) = 0;
   virtual bool RemoveField(const std::string& featureUuid, const std::string& key) = 0;
   virtual bool RemoveUserData(const std::string& uuid, const std::string& key) = 0;
+
+  // Added last, so that the operations above keep their places.
+  // A feature's parent (the puuid of its row), whether it is checked (one without a status row of
+  // its own, in a GIS layer, counts as checked, as in IsNodeVisible) and its order number (-1 when
+  // it has none), read together: the node cache calculator asks this for every feature of a
+  // spatial engine pass. False when `uuid` is no feature. This default knows none, and callers
+  // then ask the operations above.
+  virtual bool QueryFeatureLink(const std::string& uuid, std::string& parentUuid, bool& checked,
+                                int& orderNum) {
+    (void)uuid, (void)parentUuid, (void)checked, (void)orderNum;
+    return false;
+  }
 };
 
 #endif  // ANNOTATIONLAYER_IANNOTATION_DB_DATA_MODEL_H
