@@ -265,7 +265,9 @@ TEST_F(CalculatorTest, KeptInheritanceFollowsEveryChangeOfAnAncestor) {
     const CNodeAttribute attribute = calculator_->GetVisibleEntityOrder(feature, &order);
     EXPECT_EQ(c.visible, attribute.IsVisible());
     EXPECT_EQ(c.minLevel, attribute.GetMinLevel());
-    if (c.folderOrder != 0) EXPECT_EQ(c.folderOrder, calculator_->GetEntityOrder(feature).At(1));
+    if (c.folderOrder != 0) {
+      EXPECT_EQ(c.folderOrder, calculator_->GetEntityOrder(feature).At(1));
+    }
   }
 }
 

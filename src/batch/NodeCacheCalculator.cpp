@@ -152,12 +152,10 @@ CNodeCacheCalculator::Inherited CNodeCacheCalculator::InheritedFrom(const std::s
 CNodeOrder CNodeCacheCalculator::GetEntityOrder(const std::string& uuid) {
   CNodeOrder order;
   if (model_ == nullptr) return order;
-  std::string parent;
-  bool checked = false;
-  int own = -1;
-  if (model_->QueryFeatureLink(uuid, parent, checked, own)) {
-    CNodeOrder key(InheritedFrom(parent).orders);
-    key.PushBack(own);
+  IAnnotationDBDataModel::FeatureLink link;
+  if (model_->QueryFeatureLink(uuid, link, true)) {
+    CNodeOrder key(InheritedFrom(link.parentUuid).orders);
+    key.PushBack(link.orderNum);
     return key;
   }
   std::list<std::string> ancestors;
@@ -178,18 +176,16 @@ CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uu
     accumulator.SetVisible(false);
     return accumulator;
   }
-  std::string parent;
-  bool checked = false;
-  int own = -1;
-  if (model_->QueryFeatureLink(uuid, parent, checked, own)) {
-    if (!checked) {
+  IAnnotationDBDataModel::FeatureLink link;
+  if (model_->QueryFeatureLink(uuid, link, order != nullptr)) {
+    if (!link.checked) {
       accumulator.SetVisible(false);
       return accumulator;
     }
-    Inherited inherited = InheritedFrom(parent);
+    Inherited inherited = InheritedFrom(link.parentUuid);
     if (order != nullptr && inherited.attribute.IsVisible()) {
       CNodeOrder key(std::move(inherited.orders));
-      key.PushBack(own);
+      key.PushBack(link.orderNum);
       *order = std::move(key);
     }
     return inherited.attribute;

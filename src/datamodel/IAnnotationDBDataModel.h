@@ -164,14 +164,22 @@ class ANNOTATIONLAYER_EXPORT IAnnotationDBDataModel : public IObject {
   virtual bool RemoveUserData(const std::string& uuid, const std::string& key) = 0;
 
   // Added last, so that the operations above keep their places.
-  // A feature's parent (the puuid of its row), whether it is checked (one without a status row of
-  // its own, in a GIS layer, counts as checked, as in IsNodeVisible) and its order number (-1 when
-  // it has none), read together: the node cache calculator asks this for every feature of a
-  // spatial engine pass. False when `uuid` is no feature. This default knows none, and callers
-  // then ask the operations above.
-  virtual bool QueryFeatureLink(const std::string& uuid, std::string& parentUuid, bool& checked,
-                                int& orderNum) {
-    (void)uuid, (void)parentUuid, (void)checked, (void)orderNum;
+  // What QueryFeatureLink reads of one feature.
+  struct FeatureLink {
+    std::string parentUuid;  // the puuid of its row
+    std::string name;        // in the local code page, as QueryFeatureBase gives it
+    int type = 0;
+    // A feature without a status row of its own (in a GIS layer) counts as checked, as in
+    // IsNodeVisible.
+    bool checked = false;
+    int orderNum = -1;  // -1 when it has none, or when it was not asked for
+  };
+  // A feature's own row, status and (with `withOrder`) order number in one go, for callers that
+  // ask for every feature of a large set: the node cache calculator for each feature of a spatial
+  // engine pass, the tool's tree for each feature it lists. False when `uuid` is no feature. This
+  // default knows none, and callers then ask the operations above.
+  virtual bool QueryFeatureLink(const std::string& uuid, FeatureLink& link, bool withOrder) {
+    (void)uuid, (void)link, (void)withOrder;
     return false;
   }
 };

@@ -587,19 +587,23 @@ bool CSpatialiteDBDataModel::IsNodeVisible(const std::string& uuid) {
 
 // The calculator's per-feature read: the row, its order and its status by bound, prepared
 // statements, where IsNodeVisible first asks each node table whether it holds the uuid.
-bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, std::string& parentUuid,
-                                              bool& checked, int& orderNum) {
+bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, FeatureLink& link,
+                                              bool withOrder) {
   if (db_ == nullptr) return false;
   CCachedStatement row = statements_->Get(
       db_,
-      "SELECT shape.puuid, shape.index_id, shape_order.order_num FROM shape LEFT JOIN "
-      "shape_order ON shape_order.uuid = shape.uuid WHERE shape.uuid = ?",
+      withOrder ? "SELECT shape.puuid, shape.index_id, shape.name, shape.type, "
+                  "shape_order.order_num FROM shape LEFT JOIN shape_order ON shape_order.uuid = "
+                  "shape.uuid WHERE shape.uuid = ?"
+                : "SELECT puuid, index_id, name, type FROM shape WHERE uuid = ?",
       "[QueryFeatureLink]:");
   if (!row) return false;
   row->BindText(1, uuid, false);
   if (!row->StepRow()) return false;
-  parentUuid = row->ColumnText(0, false);
-  orderNum = row->ColumnIsNull(2) ? -1 : row->ColumnInt(2);
+  link.parentUuid = row->ColumnText(0, false);
+  link.name = row->ColumnText(2, true);
+  link.type = row->ColumnInt(3);
+  link.orderNum = !withOrder || row->ColumnIsNull(4) ? -1 : row->ColumnInt(4);
   CFeatureOption indexes(uuid);
   indexes.SetIndexArrayString(row->ColumnText(1, false));
   const std::vector<int64_t> ids = indexes.GetIndexStatus();
@@ -616,7 +620,7 @@ bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, std::stri
                                AnnotationLayerInner::JoinIds(ids) + ")" + " AND type = 1",
                            "[IsNodeVisible]:", 0);
   }
-  checked = (status & NODE_STATUS_CHECKED) != 0;
+  link.checked = (status & NODE_STATUS_CHECKED) != 0;
   return true;
 }
 

@@ -15,6 +15,7 @@
 #include "IAnnotationDBDataModel.h"
 #include "IAnnotationDBObjectVisitor.h"
 #include "LayerOption.h"
+#include "ModelTransaction.h"
 #include "NodeFormatter.h"
 
 namespace {
@@ -44,20 +45,24 @@ Node LayerNode(IAnnotationDBDataModel* model, const std::string& uuid, const CLa
   return node;
 }
 
-// A feature from its type and name and its own check state only: far cheaper than its whole
-// record. A feature of a GIS layer has no status row of its own and is shown as its layer is.
+// A feature from its name, type and own check state only, read in one go: far cheaper than its
+// whole record. A feature of a GIS layer has no status row of its own and is shown as its layer
+// is.
 Node FeatureNode(IAnnotationDBDataModel* model, const std::string& uuid, bool gisParent) {
-  const CFeatureOption base = model->QueryFeatureBase(uuid);
-  std::string parent;
-  bool checked = false;
-  int order = -1;
-  model->QueryFeatureLink(uuid, parent, checked, order);
+  IAnnotationDBDataModel::FeatureLink link;
+  if (!model->QueryFeatureLink(uuid, link, false)) {
+    // A model that cannot read the link: the record's own operations.
+    const CFeatureOption base = model->QueryFeatureBase(uuid);
+    link.name = base.GetName();
+    link.type = base.GetType();
+    link.checked = model->QueryFeatureOption(uuid).IsNodeChecked();
+  }
   Node node;
   node.kind = NODE_KIND_FEATURE;
   node.uuid = uuid;
-  node.name = CNodeFormatter::Utf8(base.GetName());
-  node.check = gisParent || checked ? "checked" : "unchecked";
-  node.type = CNodeFormatter::AnnotationTypeName(base.GetType());
+  node.name = CNodeFormatter::Utf8(link.name);
+  node.check = gisParent || link.checked ? "checked" : "unchecked";
+  node.type = CNodeFormatter::AnnotationTypeName(static_cast<E_ANNOTATION_TYPE>(link.type));
   return node;
 }
 
@@ -171,8 +176,13 @@ int CTreeCommand::Run(CCommandContext& context) {
   IAnnotationDBDataModel* model = session.Model();
 
   context_ = &context;
-  Show(model, FolderNode(model, session.RootUuid(), model->QueryFolderOption(session.RootUuid())),
-       0);
+  {
+    // One read transaction for the whole listing: otherwise each of the thousands of statements
+    // takes and drops the file's lock on its own. Nothing is written; the end rolls back.
+    CModelTransaction snapshot(model);
+    Show(model,
+         FolderNode(model, session.RootUuid(), model->QueryFolderOption(session.RootUuid())), 0);
+  }
   if (json_) context.Write("\n");
   context_ = nullptr;
   return CCommandContext::kExitOk;
