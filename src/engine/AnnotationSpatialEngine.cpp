@@ -35,8 +35,9 @@ constexpr int kReserved = 102400;
 constexpr int kPassSleepMs = 10;
 constexpr int kTraversalIdleMs = 200;
 constexpr int kCreatorIdleMs = 100;
-// How much of the database file a pass reads through memory mapping.
-constexpr long long kMappedBytes = 1LL << 30;
+// How much of the database file a pass reads through memory mapping: all of a file of millions of
+// features (SQLite lowers it to its own limit, 2 GiB in the usual builds).
+constexpr long long kMappedBytes = 1LL << 32;
 
 CNodeAttribute VisibleAttribute() {
   CNodeAttribute attribute;
