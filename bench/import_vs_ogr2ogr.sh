@@ -3,7 +3,9 @@
 # `annotationlayer import` (into a database made by `annotationlayer create`) and with
 # `ogr2ogr -f SQLite -dsco SPATIALITE=YES`. Prints both wall-clock times, their ratio, the peak
 # memory of each (GNU time) and how the import's time splits between reading through OGR,
-# converting, and writing through the module's batch importer.
+# converting, and writing through the module's batch importer. Then, on the imported database:
+# `tree --features` (lines per second, peak memory) and `render` of every point (features per
+# second from the report to the last entity).
 #
 #   bench/import_vs_ogr2ogr.sh [--features N | --large] [--tool PATH] [--keep DIR]
 #
@@ -92,3 +94,19 @@ awk -v a="$tool_s" -v b="$ogr_s" 'BEGIN { if (b > 0) printf "ratio (import / ogr
 awk -v r="$read_s" -v c="$convert_s" -v w="$write_s" 'BEGIN { t = r + c + w; if (t <= 0) t = 1;
   printf "import split: reading through OGR %.2f s (%.0f%%), converting %.2f s (%.0f%%), writing through the batch importer %.2f s (%.0f%%)\n",
          r, 100 * r / t, c, 100 * c / t, w, 100 * w / t }'
+
+echo "listing with tree --features ..."
+/usr/bin/time -v "$tool" tree annotations.db --features > tree.txt 2> tree.time
+tree_lines=$(wc -l < tree.txt)
+tree_s=$(elapsed tree.time)
+awk -v n="$tree_lines" -v s="$tree_s" -v m="$(peak_mib tree.time)" 'BEGIN { if (s <= 0) s = 0.01;
+  printf "tree --features: %d lines in %.2f s, %.0f lines/s, peak memory %.1f MiB\n", n, s, n / s, m }'
+rm -f tree.txt
+
+echo "rendering every point ..."
+/usr/bin/time -v "$tool" render annotations.db --extent 72,17,136,54 --size 1024x768 \
+  --max-features 1000000 --timeout 1800 --json -o render.png > render.json 2> render.time
+drawn=$(json_number features render.json)
+render_s=$(json_number seconds render.json)
+awk -v n="$drawn" -v s="$render_s" -v m="$(peak_mib render.time)" 'BEGIN { if (s <= 0) s = 0.01;
+  printf "render: %d features in %.2f s, %.0f features/s, peak memory %.1f MiB\n", n, s, n / s, m }'

@@ -1,8 +1,10 @@
 // The spatial engine on a large database: the time of one traversal pass over a view holding
 // 7 000 visible features five levels deep (root / folder / folder / layer / layer / feature),
 // against a floor measured in the same run: the raw R*Tree query of the same rectangle returning
-// the same uuids. Then the time from OnUpdateRange until the last 551 event for 1 000 new
-// features.
+// the same uuids. Then what one entity costs to build alone (a point, and a line of 20 vertices),
+// the time from OnUpdateRange until the last 551 event for 1 000 new features with the creators'
+// default pause, and the rate at which 7 000 new features get entities without it (as `render`
+// runs the engine).
 //
 //   spatial_engine_bench [--features=N]    N points in a grid 1000 wide (default 1 000 000)
 #include <sqlite3.h>
@@ -16,14 +18,19 @@
 #include <string>
 #include <vector>
 
+#include "AnnotationEntity.h"
+#include "AnnotationFeature.h"
+#include "AnnotationGroup.h"
 #include "AnnotationSchema.h"
 #include "AnnotationSpatialEngine.h"
 #include "CacheDirScope.h"
 #include "EngineProbes.h"
 #include "EntityAssignPool.h"
+#include "FeatureBatchImporter.h"
 #include "IAnnotationLayerModule.h"
 #include "NodeCacheCalculator.h"
 #include "PointGrid.h"
+#include "SqlStatement.h"
 #include "SpatialiteDBDataModel.h"
 #include "TempDir.h"
 #include "TreeBuilder.h"
@@ -74,6 +81,47 @@ double RawQuery(const std::string& path, const EXTENT& view, int runs, std::set<
   return best;
 }
 
+// `count` lines of 20 vertices in a layer of their own, away from the grid; their uuids.
+std::vector<std::string> ImportLines(CSpatialiteDBDataModel* model, const std::string& parent,
+                                     int count) {
+  CAnnotationGroup group("lines");
+  for (int i = 0; i < count; ++i) {
+    auto line = std::make_unique<CAnnotationFeature>(GEOMETRY_DATA_TYPE_LINESTRING);
+    CGeometryData part;
+    for (int v = 0; v < 20; ++v) {
+      part.PushBack(CVector3D(10 + (i % 100) * 0.1 + v * 0.001, 10 + i / 100 * 0.1, v));
+    }
+    line->AddPart(part);
+    line->SetName("l" + std::to_string(i));
+    group.AddFeature(std::move(line));
+  }
+  CFeatureBatchImporter importer(model, parent);
+  importer.BeginImport();
+  importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
+  for (int k = 0; k < group.GetFeatureCount(); ++k) importer.InsertFeature(group.GetFeature(k));
+  importer.EndImport();
+  std::vector<std::string> uuids;
+  CSqlStatement rows(model->GetConnection(),
+                     "SELECT uuid FROM shape WHERE puuid = (SELECT uuid FROM layer WHERE name = "
+                     "'lines')",
+                     "");
+  while (rows.StepRow()) uuids.push_back(rows.ColumnText(0, false));
+  return uuids;
+}
+
+// Microseconds per entity built on this thread, one after another (no creator pause).
+double BuildCost(IAnnotationDBDataModel* model, const std::vector<std::string>& uuids) {
+  int built = 0;
+  const Clock::time_point start = Clock::now();
+  for (const std::string& uuid : uuids) {
+    CAnnotationEntity entity;
+    built += entity.Build(model, uuid);
+  }
+  const double us = MsSince(start) * 1000 / std::max<size_t>(1, uuids.size());
+  if (built != static_cast<int>(uuids.size())) std::fprintf(stderr, "some entities failed\n");
+  return us;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -111,6 +159,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "import failed\n");
     return 1;
   }
+  const std::vector<std::string> lines = ImportLines(&model, root, 2000);
   model.GetNodeCacheCalculator()->Refresh();
   model.GetNodeCacheCalculator()->WaitForFinished(-1);
   std::printf("database: %ld features in %.0f ms\n", features, MsSince(start));
@@ -140,6 +189,13 @@ int main(int argc, char** argv) {
     calculator->GetVisibleEntityOrder(u, &order);
   });
   perFeature("data model GetFeatureType", [&](const std::string& u) { model.GetFeatureType(u); });
+
+  // An entity reads its geometry, style and base from the model.
+  const std::vector<std::string> points(
+      expected.begin(), std::next(expected.begin(), std::min<size_t>(2000, expected.size())));
+  std::printf("entity build alone: %.1f us per point (aim <= 100), %.1f us per line of 20 "
+              "vertices (aim <= 300)\n",
+              BuildCost(&model, points), BuildCost(&model, lines));
 
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
   module->Start();
@@ -176,6 +232,19 @@ int main(int argc, char** argv) {
   const double createMs = MsSince(start);
   std::printf("entities: %d new in %.0f ms from OnUpdateRange to the last 551 event%s\n",
               events.Count(551), createMs, all ? "" : " (incomplete)");
+
+  // The same without the creators' pause, as `render` runs the engine: 7 000 more features.
+  engine->SetCreatorPause(0);
+  engine->ResetAll();
+  engine->GetPool()->WaitForIdle(60000);
+  CStateEventCounter fast;
+  start = Clock::now();
+  engine->OnUpdateRange(GridView(100, 0, 70, 100));
+  const bool allFast = fast.WaitForCount(551, 7000, 600000);
+  const double fastMs = MsSince(start);
+  std::printf("entities without pause: %d new in %.0f ms, %.0f features/s%s (aim >= 10 000)\n",
+              fast.Count(551), fastMs, fast.Count(551) / (fastMs / 1000),
+              allFast ? "" : " (incomplete)");
   DestroyAnnotationLayerModule();
   return 0;
 }

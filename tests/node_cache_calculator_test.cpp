@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -217,6 +218,57 @@ TEST_F(CalculatorTest, OrderKeysAndUncachedAncestors) {
   CNodeCacheCalculator orphan(nullptr);
   EXPECT_EQ(CNodeOrder(), orphan.GetEntityOrder(feature));
   EXPECT_FALSE(orphan.GetEntityAttribute(feature).IsVisible());
+}
+
+// What a layer hands down to its features is kept between questions; each change of an ancestor
+// that reaches the calculator (through the model or directly) must drop it.
+TEST_F(CalculatorTest, KeptInheritanceFollowsEveryChangeOfAnAncestor) {
+  struct Case {
+    const char* what;
+    std::function<void(const std::string& folder, const std::string& layer)> change;
+    bool visible;
+    int minLevel;
+    int folderOrder;
+  };
+  const std::string hidden = tree_.AddFolder(root_, "hidden");
+  CFolderOption off = model_.QueryFolderOption(hidden);
+  off.SetNodeCheckState(0);
+  ASSERT_TRUE(model_.ModifyFolderOption(off));
+  const Case cases[] = {
+      {"folder unchecked", [&](const std::string& f, const std::string&) {
+         CFolderOption o = model_.QueryFolderOption(f);
+         o.SetNodeCheckState(0);
+         model_.ModifyFolderOption(o);
+       }, false, 0, 0},
+      {"layer moved under a hidden folder", [&](const std::string&, const std::string& l) {
+         CLayerOption o = model_.QueryLayerOption(l);
+         o.SetParentUUID(hidden, false);  // the parent alone: no order or status change
+         model_.ModifyLayerOption(o);
+       }, false, 0, 0},
+      {"layer levels", [&](const std::string&, const std::string& l) {
+         CLayerOption o = model_.QueryLayerOption(l);
+         o.SetNameLevel(4, 9);
+         model_.ModifyLayerOption(o);
+       }, true, 4, 0},
+      {"folder renumbered", [&](const std::string& f, const std::string&) {
+         calculator_->SetLOrderChange(f, 7);
+       }, true, 0, 7},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::string folder = tree_.AddFolder(root_, c.what);
+    const std::string layer = tree_.AddLayer(folder, "l");
+    const std::string feature = tree_.AddFeature(layer, "s");
+    CNodeOrder order;
+    ASSERT_TRUE(calculator_->GetVisibleEntityOrder(feature, &order).IsVisible());  // now kept
+    c.change(folder, layer);
+    const CNodeAttribute attribute = calculator_->GetVisibleEntityOrder(feature, &order);
+    EXPECT_EQ(c.visible, attribute.IsVisible());
+    EXPECT_EQ(c.minLevel, attribute.GetMinLevel());
+    if (c.folderOrder != 0) {
+      EXPECT_EQ(c.folderOrder, calculator_->GetEntityOrder(feature).At(1));
+    }
+  }
 }
 
 namespace {

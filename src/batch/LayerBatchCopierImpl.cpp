@@ -25,6 +25,7 @@ bool CLayerBatchCopierImpl::BeginCopy(CLayerBatchCopier::ICopyProgress* progress
     ZuLogError(-1) << "[BeginCopy] " << Utf8ToLocal("启动事务失败");
     return false;
   }
+  cache_.reset(new CCacheSizeScope(model_->GetConnection(), CCacheSizeScope::kBatchKibibytes));
   progress_ = progress;
   copied_ = 0;
   copying_ = true;
@@ -56,6 +57,7 @@ bool CLayerBatchCopierImpl::EndCopy() {
   copying_ = false;
   progress_ = nullptr;
   const bool committed = model_->CommitTransaction();
+  cache_.reset();
   if (!committed) ZuLogError(-1) << "[EndCopy] " << Utf8ToLocal("提交事务失败");
   // New folders and layers get their cached attributes and order from a fresh pass.
   if (CNodeCacheCalculator* calculator = model_->GetNodeCacheCalculator()) calculator->Refresh();
@@ -69,6 +71,7 @@ bool CLayerBatchCopierImpl::DiscardCopy() {
   copying_ = false;
   progress_ = nullptr;
   const bool rolledBack = model_->RollBackTransaction();
+  cache_.reset();
   if (!rolledBack) ZuLogError(-1) << "[DiscardCopy] " << Utf8ToLocal("回滚事务失败");
   if (CNodeCacheCalculator* calculator = model_->GetNodeCacheCalculator()) calculator->Refresh();
   ZuLOG << "[DiscardCopy] " << Utf8ToLocal("回滚批量复制完成 ") << stopwatch_.ElapsedMs()

@@ -4,8 +4,10 @@
 #ifndef ANNOTATIONLAYER_LAYER_BATCH_COPIER_IMPL_H
 #define ANNOTATIONLAYER_LAYER_BATCH_COPIER_IMPL_H
 
+#include <memory>
 #include <string>
 
+#include "CacheSizeScope.h"
 #include "LayerBatchCopier.h"
 #include "Stopwatch.h"
 
@@ -27,6 +29,8 @@ class CLayerBatchCopierImpl {
 
  private:
   CStopwatch stopwatch_;
+  // A larger page cache from BeginCopy to EndCopy or DiscardCopy.
+  std::unique_ptr<CCacheSizeScope> cache_;
   CSpatialiteDBDataModel* model_;
   bool copying_ = false;
   int copied_ = 0;

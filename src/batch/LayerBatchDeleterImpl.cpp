@@ -46,10 +46,12 @@ void CLayerBatchDeleterImpl::BeginDelete(bool quietTopLevel,
   quietTopLevel_ = quietTopLevel;
   stopwatch_.Restart();
   if (model_ != nullptr) model_->BeginTransaction();
+  cache_.reset(new CCacheSizeScope(db_, CCacheSizeScope::kBatchKibibytes));
 }
 
 void CLayerBatchDeleterImpl::EndDelete() {
   if (model_ != nullptr) model_->CommitTransaction();
+  cache_.reset();
   deleting_ = false;
   progress_ = nullptr;
   ZuLOG << "EndDelete: " << stopwatch_.ElapsedMs();

@@ -6,10 +6,12 @@
 #define ANNOTATIONLAYER_LAYER_BATCH_DELETER_IMPL_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
 
+#include "CacheSizeScope.h"
 #include "LayerBatchDeleter.h"
 #include "Stopwatch.h"
 
@@ -53,6 +55,8 @@ class CLayerBatchDeleterImpl {
   void NotifyFolderDeleted(const std::string& uuid, const std::string& parent);
 
   CStopwatch stopwatch_;
+  // A larger page cache from BeginDelete to EndDelete.
+  std::unique_ptr<CCacheSizeScope> cache_;
   CSpatialiteDBDataModel* model_;
   sqlite3* db_ = nullptr;
   CSpatialiteHandler* handler_ = nullptr;

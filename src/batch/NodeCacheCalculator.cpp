@@ -28,6 +28,7 @@ void CNodeCacheCalculator::SetLChange(const CFolderOption& option) {
   Entry& entry = cache_[option.GetUUID()];
   entry.order = option.GetOrderNum();
   entry.attribute.SetVisible(option.IsCheckedState());
+  ForgetInherited();
 }
 
 void CNodeCacheCalculator::SetLChange(const CLayerOption& option) {
@@ -39,17 +40,21 @@ void CNodeCacheCalculator::SetLChange(const CLayerOption& option) {
                            static_cast<char>(option.GetMaxLevel()));
   entry.attribute.SetLevel(static_cast<char>(option.GetMinNameLevel()),
                            static_cast<char>(option.GetMaxNameLevel()));
+  ForgetInherited();
 }
 
 void CNodeCacheCalculator::SetLOrderChange(const std::string& uuid, int order) {
   CCriticalLockGuard guard(lock_.get());
   cache_[uuid].order = order;
+  ForgetInherited();
 }
 
 void CNodeCacheCalculator::SetLVisibleChange(const std::string& uuid, bool visible) {
   CCriticalLockGuard guard(lock_.get());
   auto it = cache_.find(uuid);
-  if (it != cache_.end()) it->second.attribute.SetVisible(visible);
+  if (it == cache_.end()) return;
+  it->second.attribute.SetVisible(visible);
+  ForgetInherited();
 }
 
 void CNodeCacheCalculator::SetLLevelChange(const CLayerOption& option) {
@@ -60,16 +65,34 @@ void CNodeCacheCalculator::SetLLevelChange(const CLayerOption& option) {
                                 static_cast<char>(option.GetMaxLevel()));
   it->second.attribute.SetLevel(static_cast<char>(option.GetMinNameLevel()),
                                 static_cast<char>(option.GetMaxNameLevel()));
+  ForgetInherited();
+}
+
+void CNodeCacheCalculator::SetLParentChange(const std::string&) {
+  // The chains of every layer below the node changed; which ones those are would cost a walk.
+  CCriticalLockGuard guard(lock_.get());
+  ForgetInherited();
+}
+
+void CNodeCacheCalculator::ForgetInherited() {
+  inherited_.clear();
+  ++generation_;
 }
 
 void CNodeCacheCalculator::Refresh() {
   if (IsCalculating()) {
+    {
+      // Also when the refresh is refused: the caller changed the tree.
+      CCriticalLockGuard guard(lock_.get());
+      ForgetInherited();
+    }
     ZuLOG << "[CNodeCacheCalculator::Refresh] " << Utf8ToLocal("Node缓存进行中");
     return;
   }
   {
     CCriticalLockGuard guard(lock_.get());
     cache_.clear();
+    ForgetInherited();
   }
   StartTask(std::string(), 120, 102400);
 }
@@ -91,9 +114,50 @@ int CNodeCacheCalculator::GetCacheCount() const {
   return static_cast<int>(cache_.size());
 }
 
+CNodeCacheCalculator::Inherited CNodeCacheCalculator::InheritedFrom(const std::string& parent) {
+  uint64_t generation = 0;
+  {
+    CCriticalLockGuard guard(lock_.get());
+    auto it = inherited_.find(parent);
+    if (it != inherited_.end()) return it->second;
+    generation = generation_;
+  }
+  // The chain a feature's ancestor walk takes: it reads its parent as a layer, so a parent that
+  // is no layer ends the chain at once, and a broken chain (a cycle) leaves it empty.
+  std::list<std::string> chain;
+  if (!parent.empty()) {
+    if (model_->QueryNodeKind(parent) != NODE_KIND_LAYER) {
+      chain.push_back(parent);
+    } else if (model_->QueryAncestorUUIDs(parent, chain)) {
+      chain.push_back(parent);
+    }
+  }
+  Inherited inherited;
+  CCriticalLockGuard guard(lock_.get());
+  bool cut = false;
+  for (const std::string& ancestor : chain) {
+    auto it = cache_.find(ancestor);
+    const Entry entry = it == cache_.end() ? Entry() : it->second;
+    if (!cut) {
+      inherited.attribute += entry.attribute;
+      cut = !entry.attribute.IsVisible();
+    }
+    inherited.orders.push_back(entry.order);
+  }
+  // Kept only when no change reached the cache meanwhile; otherwise it may mix old and new values.
+  if (generation == generation_) inherited_.emplace(parent, inherited);
+  return inherited;
+}
+
 CNodeOrder CNodeCacheCalculator::GetEntityOrder(const std::string& uuid) {
   CNodeOrder order;
   if (model_ == nullptr) return order;
+  IAnnotationDBDataModel::FeatureLink link;
+  if (model_->QueryFeatureLink(uuid, link, true)) {
+    CNodeOrder key(InheritedFrom(link.parentUuid).orders);
+    key.PushBack(link.orderNum);
+    return key;
+  }
   std::list<std::string> ancestors;
   model_->QueryAncestorUUIDs(uuid, ancestors);
   for (const std::string& ancestor : ancestors) order.PushBack(GetLOrder(ancestor));
@@ -108,7 +172,26 @@ CNodeAttribute CNodeCacheCalculator::GetEntityAttribute(const std::string& uuid)
 CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uuid,
                                                            CNodeOrder* order) {
   CNodeAttribute accumulator;
-  if (model_ == nullptr || !model_->IsNodeVisible(uuid)) {
+  if (model_ == nullptr) {
+    accumulator.SetVisible(false);
+    return accumulator;
+  }
+  IAnnotationDBDataModel::FeatureLink link;
+  if (model_->QueryFeatureLink(uuid, link, order != nullptr)) {
+    if (!link.checked) {
+      accumulator.SetVisible(false);
+      return accumulator;
+    }
+    Inherited inherited = InheritedFrom(link.parentUuid);
+    if (order != nullptr && inherited.attribute.IsVisible()) {
+      CNodeOrder key(std::move(inherited.orders));
+      key.PushBack(link.orderNum);
+      *order = std::move(key);
+    }
+    return inherited.attribute;
+  }
+  // Folders and layers, and models that cannot read a feature's link in one go.
+  if (!model_->IsNodeVisible(uuid)) {
     accumulator.SetVisible(false);
     return accumulator;
   }

@@ -3,6 +3,13 @@
 // through its ancestors. A background pass (Refresh) walks the whole tree to fill the cache; the
 // data model keeps it current with the Set* calls when it inserts or modifies folders and layers.
 //
+// A feature's answers differ from its layer's only by the feature's own check state and order
+// number, and a pass asks for thousands of features below a handful of layers. So what a layer
+// hands down to its features (the combined attribute and the order numbers of the chain down to
+// the layer) is kept per layer, and dropped by every Set* call and by Refresh: a feature then costs
+// one read of its own row, status and order (IAnnotationDBDataModel::QueryFeatureLink) and a map
+// lookup.
+//
 // Ownership: the data model owns its calculator; the calculator borrows the model.
 //
 // Threading contract: the Set* calls and the readers may be called from any thread, also while a
@@ -14,9 +21,11 @@
 #define ANNOTATIONLAYER_NODE_CACHE_CALCULATOR_H
 
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "AnnotationLayerExport.h"
 #include "IAnnotationDBObjectVisitor.h"
@@ -48,6 +57,9 @@ class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
   // Changes the levels of an existing entry (with the same two SetLevel calls); unknown uuids are
   // ignored.
   void SetLLevelChange(const CLayerOption& option);
+  // A folder or layer moved under another parent: what was kept for the layers below it is dropped.
+  // (A move that also changes the sibling order reaches SetLChange, which drops it as well.)
+  void SetLParentChange(const std::string& uuid);
   // Clears the cache and starts a background pass; refused, with a log line, while one runs.
   void Refresh();
   // True while a pass is inside the model's Travel.
@@ -78,14 +90,29 @@ class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
     int order = -1;
     CNodeAttribute attribute;
   };
+  // What a layer hands down to its features: the attributes of its ancestors and itself combined
+  // (cut at the first invisible one) and their order numbers, root first.
+  struct Inherited {
+    CNodeAttribute attribute;
+    std::vector<int32_t> orders;
+  };
 
   CNodeAttribute GetLAttribute(const std::string& uuid);
   int GetLOrder(const std::string& uuid) const;
+  // What `parent`, a feature's parent as its row names it, hands down; from the kept copy when
+  // there is one. Called without the lock held.
+  Inherited InheritedFrom(const std::string& parent);
+  // Drops every kept Inherited; called with the lock held by each change to the cache.
+  void ForgetInherited();
 
   IAnnotationDBDataModel* model_;
   std::atomic<bool> calculating_{false};
   std::unique_ptr<CCriticalLock> lock_;
   std::map<std::string, Entry> cache_;
+  // Guarded by lock_. The generation counts ForgetInherited calls, so that a value computed while
+  // the cache changed is not kept.
+  std::map<std::string, Inherited> inherited_;
+  uint64_t generation_ = 0;
 };
 
 #endif  // ANNOTATIONLAYER_NODE_CACHE_CALCULATOR_H

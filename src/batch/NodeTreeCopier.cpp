@@ -4,7 +4,9 @@
 
 #include <algorithm>
 
+#include "AnnotationLayerNS.h"
 #include "FeatureOption.h"
+#include "FeatureRowCopier.h"
 #include "FieldList.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
@@ -90,6 +92,8 @@ void MarkAllChanged(const CZuFieldSetObject& fields, CZuFieldSetObject& changed)
 
 CNodeTreeCopier::CNodeTreeCopier(CSpatialiteDBDataModel* source, CSpatialiteDBDataModel* target)
     : source_(source), target_(target) {}
+
+CNodeTreeCopier::~CNodeTreeCopier() = default;
 
 CNodeTreeCopier::SubtreeCount CNodeTreeCopier::CountSubtree(CSpatialiteDBDataModel* model,
                                                             const std::string& uuid) {
@@ -223,25 +227,20 @@ std::string CNodeTreeCopier::CopyLayer(const std::string& uuid, const std::strin
 
 std::string CNodeTreeCopier::CopyFeature(const std::string& uuid, const std::string& parent,
                                          const std::string& left, bool leftIsLayer, int order) {
-  const CFeatureOption original = source_->QueryFeatureOption(uuid);
-  CFeatureOption copy;
-  copy.SetParentUUID(parent);
-  copy.SetName(original.GetName());
-  copy.SetType(original.GetType());
-  // A feature without a status row of its own (as GIS layers store them) counts as checked; its
-  // copy gets a status row, which must say so.
-  const bool ownStatus = !original.GetIndexStatus().empty();
-  copy.ChangeMask(ownStatus ? original.GetStatusMask() : NODE_STATUS_CHECKED);
-  copy.SetLeftUUID(left, leftIsLayer);
-  copy.SetOrderNum(order);
+  // A layer's features come one after another: their rows go through statements prepared once.
+  if (!rows_) {
+    rows_.reset(new CFeatureRowCopier(source_->GetConnection(), target_->GetConnection()));
+  }
+  const std::string copy = AnnotationLayerNS::ZuGenerateUUID();
   written_ = true;
-  if (!target_->InsertFeature(copy, nullptr) || !CopyGeometry(uuid, copy.GetUUID()) ||
-      !CopyStyle(uuid, copy.GetUUID(), false) || !CopyFields(uuid, copy.GetUUID(), false) ||
-      !CopyFields(uuid, copy.GetUUID(), true) || !CopyEnclosures(uuid, copy.GetUUID())) {
+  CFeatureRowCopier::Original original;
+  if (!rows_->InsertOrder(copy, left, leftIsLayer, order) ||
+      !rows_->CopyRows(uuid, copy, parent, &original) ||
+      (original.hasEnclosures && !CopyEnclosures(uuid, copy))) {
     return std::string();
   }
-  Counted(original.GetName());
-  return copy.GetUUID();
+  Counted(original.localName);
+  return copy;
 }
 
 bool CNodeTreeCopier::CopyChildrenOfFolder(const std::string& uuid, const std::string& copy) {
@@ -306,9 +305,10 @@ bool CNodeTreeCopier::LinkRight(E_NODE_KIND kind, const std::string& node,
     option.SetRightUUID(right, rightIsLayer);
     return target_->ModifyLayerOption(option);
   }
-  CFeatureOption option = target_->QueryFeatureOption(node);
-  option.SetRightUUID(right, rightIsLayer);
-  return target_->ModifyFeatureOption(option);
+  if (!rows_) {
+    rows_.reset(new CFeatureRowCopier(source_->GetConnection(), target_->GetConnection()));
+  }
+  return rows_->LinkRight(node, right, rightIsLayer);
 }
 
 // Style rows are copied as stored (format and JSON text), not decoded and encoded again.

@@ -13,10 +13,12 @@
 #define ANNOTATIONLAYER_NODE_TREE_COPIER_H
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "AnnotationLayerTypes.h"
 
+class CFeatureRowCopier;
 class CSpatialiteDBDataModel;
 
 class CNodeTreeCopier {
@@ -25,6 +27,7 @@ class CNodeTreeCopier {
   using Progress = std::function<bool(const std::string& name, int copied)>;
 
   CNodeTreeCopier(CSpatialiteDBDataModel* source, CSpatialiteDBDataModel* target);
+  ~CNodeTreeCopier();
   CNodeTreeCopier(const CNodeTreeCopier&) = delete;
   CNodeTreeCopier& operator=(const CNodeTreeCopier&) = delete;
 
@@ -72,6 +75,7 @@ class CNodeTreeCopier {
   CSpatialiteDBDataModel* source_;
   CSpatialiteDBDataModel* target_;
   Progress progress_;
+  std::unique_ptr<CFeatureRowCopier> rows_;  // made at the first feature
   int copied_ = 0;
   bool cancelled_ = false;
   bool written_ = false;

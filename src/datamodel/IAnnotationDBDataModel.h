@@ -162,6 +162,26 @@ class ANNOTATIONLAYER_EXPORT IAnnotationDBDataModel : public IObject {
   virtual bool DeleteEnclosure(int id) = 0;
   virtual bool RemoveField(const std::string& featureUuid, const std::string& key) = 0;
   virtual bool RemoveUserData(const std::string& uuid, const std::string& key) = 0;
+
+  // Added last, so that the operations above keep their places.
+  // What QueryFeatureLink reads of one feature.
+  struct FeatureLink {
+    std::string parentUuid;  // the puuid of its row
+    std::string name;        // in the local code page, as QueryFeatureBase gives it
+    int type = 0;
+    // A feature without a status row of its own (in a GIS layer) counts as checked, as in
+    // IsNodeVisible.
+    bool checked = false;
+    int orderNum = -1;  // -1 when it has none, or when it was not asked for
+  };
+  // A feature's own row, status and (with `withOrder`) order number in one go, for callers that
+  // ask for every feature of a large set: the node cache calculator for each feature of a spatial
+  // engine pass, the tool's tree for each feature it lists. False when `uuid` is no feature. This
+  // default knows none, and callers then ask the operations above.
+  virtual bool QueryFeatureLink(const std::string& uuid, FeatureLink& link, bool withOrder) {
+    (void)uuid, (void)link, (void)withOrder;
+    return false;
+  }
 };
 
 #endif  // ANNOTATIONLAYER_IANNOTATION_DB_DATA_MODEL_H

@@ -85,6 +85,7 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   bool IsNodeVisible(const std::string& uuid) override;
   std::string QueryChildByOrder(const std::string& parentUuid, int index, bool& isLayer) override;
   E_NODE_KIND QueryNodeKind(const std::string& uuid) override;
+  bool QueryFeatureLink(const std::string& uuid, FeatureLink& link, bool withOrder) override;
 
   CFolderOption QueryFolderOption(const std::string& uuid) override;
   CLayerOption QueryLayerOption(const std::string& uuid) override;

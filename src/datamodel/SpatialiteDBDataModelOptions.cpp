@@ -9,6 +9,7 @@
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
+#include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
@@ -231,11 +232,13 @@ bool CSpatialiteDBDataModel::ModifyFolderOption(CFolderOption& option) {
     if (!IsSafeUUID(*text, "[CSpatialiteDBDataModel::ModifyFolderOption]: ")) return false;
   }
   const bool tellCalculator = option.IsChanged(CHANGE_MASK_POSITION | CHANGE_MASK_STATUS);
+  const bool moved = option.IsChanged(CHANGE_MASK_PARENT);
   RunGroup(option, kFolderBaseBits, [&] { return ModifyFolderBase(option); });
   RunGroup(option, CHANGE_MASK_POSITION,
            [&] { return ModifyFolderOrder(option.GetUUID(), option); });
   RunGroup(option, CHANGE_MASK_STATUS, [&] { return ModifyFolderStatus(option); });
   if (tellCalculator) NotifyFolderChanged(option);
+  if (moved && calculator_) calculator_->SetLParentChange(option.GetUUID());
   return true;
 }
 
@@ -250,12 +253,14 @@ bool CSpatialiteDBDataModel::ModifyLayerOption(CLayerOption& option) {
   }
   const bool tellCalculator =
       option.IsChanged(CHANGE_MASK_POSITION | CHANGE_MASK_STATUS | CHANGE_MASK_LEVELS);
+  const bool moved = option.IsChanged(CHANGE_MASK_PARENT);
   RunGroup(option, kLayerBaseBits, [&] { return ModifyLayerBase(option); });
   RunGroup(option, CHANGE_MASK_WKT, [&] { return ModifyLayerWkt(option); });
   RunGroup(option, CHANGE_MASK_POSITION,
            [&] { return ModifyLayerOrder(option.GetUUID(), option); });
   RunGroup(option, CHANGE_MASK_STATUS, [&] { return ModifyLayerStatus(option); });
   if (tellCalculator) NotifyLayerChanged(option);
+  if (moved && calculator_) calculator_->SetLParentChange(option.GetUUID());
   return true;
 }
 

@@ -585,6 +585,45 @@ bool CSpatialiteDBDataModel::IsNodeVisible(const std::string& uuid) {
   }
 }
 
+// The calculator's per-feature read: the row, its order and its status by bound, prepared
+// statements, where IsNodeVisible first asks each node table whether it holds the uuid.
+bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, FeatureLink& link,
+                                              bool withOrder) {
+  if (db_ == nullptr) return false;
+  CCachedStatement row = statements_->Get(
+      db_,
+      withOrder ? "SELECT shape.puuid, shape.index_id, shape.name, shape.type, "
+                  "shape_order.order_num FROM shape LEFT JOIN shape_order ON shape_order.uuid = "
+                  "shape.uuid WHERE shape.uuid = ?"
+                : "SELECT puuid, index_id, name, type FROM shape WHERE uuid = ?",
+      "[QueryFeatureLink]:");
+  if (!row) return false;
+  row->BindText(1, uuid, false);
+  if (!row->StepRow()) return false;
+  link.parentUuid = row->ColumnText(0, false);
+  link.name = row->ColumnText(2, true);
+  link.type = row->ColumnInt(3);
+  link.orderNum = !withOrder || row->ColumnIsNull(4) ? -1 : row->ColumnInt(4);
+  CFeatureOption indexes(uuid);
+  indexes.SetIndexArrayString(row->ColumnText(1, false));
+  const std::vector<int64_t> ids = indexes.GetIndexStatus();
+  // As in IsNodeVisible: a feature without a status row of its own (in a GIS layer) is checked.
+  int64_t status = NODE_STATUS_CHECKED;
+  if (ids.size() == 1) {
+    CCachedStatement one = statements_->Get(
+        db_, "SELECT value FROM shape_status WHERE id = ? AND type = 1", "[QueryFeatureLink]:");
+    if (!one) return false;
+    one->BindInt64(1, ids.front());
+    status = one->StepRow() && !one->ColumnIsNull(0) ? one->ColumnInt64(0) : 0;
+  } else if (!ids.empty()) {
+    status = QueryFirstInt("SELECT value FROM shape_status WHERE id in(" +
+                               AnnotationLayerInner::JoinIds(ids) + ")" + " AND type = 1",
+                           "[IsNodeVisible]:", 0);
+  }
+  link.checked = (status & NODE_STATUS_CHECKED) != 0;
+  return true;
+}
+
 // A node's own attribute: visible when its check state says so (folders and layers fully checked,
 // features checked). A layer's levels come from QueryLayerAttribute_Exist, whose statement reads
 // quoted column names and so yields 0 for every level; kept as it is.

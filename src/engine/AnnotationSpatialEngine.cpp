@@ -1,5 +1,7 @@
 #include "AnnotationSpatialEngine.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 
 #include <QString>
@@ -17,6 +19,7 @@
 #include "IAnnotationLayerModule.h"
 #include "IAnnotationSpatialEngineListener.h"
 #include "NodeCacheCalculator.h"
+#include "SpatialiteDBDataModel.h"
 #include "Stopwatch.h"
 #include "TaskEx.h"
 #include "TextConversion.h"
@@ -32,6 +35,9 @@ constexpr int kReserved = 102400;
 constexpr int kPassSleepMs = 10;
 constexpr int kTraversalIdleMs = 200;
 constexpr int kCreatorIdleMs = 100;
+// How much of the database file a pass reads through memory mapping: all of a file of millions of
+// features (SQLite lowers it to its own limit, 2 GiB in the usual builds).
+constexpr long long kMappedBytes = 1LL << 32;
 
 CNodeAttribute VisibleAttribute() {
   CNodeAttribute attribute;
@@ -306,6 +312,7 @@ bool CAnnotationSpatialEngine::RunTraversalStep() {
   acceptedCount_.store(0, std::memory_order_relaxed);
   // Taken at every pass: the model makes a new calculator each time it is installed again.
   passCalculator_ = dataModel_->GetNodeCacheCalculator();
+  MapConnectionForReading();
 
   // The polygon form finds every feature whose box meets the view, also those reaching beyond it
   // (a country with islands outside the view); the rectangle form would keep only boxes inside.
@@ -322,6 +329,21 @@ bool CAnnotationSpatialEngine::RunTraversalStep() {
   passCalculator_ = nullptr;
   passCount_.fetch_add(1, std::memory_order_release);
   return true;
+}
+
+// A pass looks up each feature of the view by its uuid in the shape and order tables; at a million
+// features the leaves of those indexes are far more than the connection's page cache holds, and
+// each lookup read them from the file again, one system call a page. Mapped, a page the system
+// has cached costs a memory read. Set once per connection (a model installed again has a new
+// one); a setting of the connection only, and only SpatiaLite models have one.
+void CAnnotationSpatialEngine::MapConnectionForReading() {
+  auto* spatialite = dynamic_cast<CSpatialiteDBDataModel*>(dataModel_);
+  sqlite3* connection = spatialite != nullptr ? spatialite->GetConnection() : nullptr;
+  if (connection == nullptr || connection == mappedConnection_) return;
+  const std::string sql = "PRAGMA mmap_size = " + std::to_string(kMappedBytes);
+  if (sqlite3_exec(connection, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK) {
+    mappedConnection_ = connection;
+  }
 }
 
 bool CAnnotationSpatialEngine::BeginPass(EXTENT* range) {

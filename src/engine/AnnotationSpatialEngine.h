@@ -19,7 +19,7 @@
 // pendingLock, and a pass takes them in one step under it too, so no request is lost between the
 // two. A feature is excluded before its entity is released. No engine lock is held while another
 // lock is taken or while the data model, the calculator or the pool is called. passOrder,
-// acceptedCount and the pass's calculator belong to the traversal thread.
+// acceptedCount, the pass's calculator and the mapped connection belong to the traversal thread.
 //
 // The node cache calculator is taken from the data model at every pass (and by UpdateFeature), so
 // the model may be uninstalled and installed again under a started engine, between passes; the
@@ -42,6 +42,7 @@
 #include "TaskExUser.h"
 
 class CCriticalLock;
+struct sqlite3;
 class CEntityAssignPool;
 class CNodeCacheCalculator;
 class CTask;
@@ -113,6 +114,8 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   // Clears the abort flag, takes the pending changes and the range to walk; false when a reset
   // took the changes away.
   bool BeginPass(EXTENT* range);
+  // Lets the data model's connection read the database file through memory mapping.
+  void MapConnectionForReading();
   // Builds the entity of the next queued feature; false when the queue was empty.
   bool RunCreationStep();
   void ApplyDrawOrder(const std::string& uuid, int z);
@@ -140,6 +143,7 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   std::atomic<CTaskEx*> mainTaskId_{nullptr};
   std::atomic<int> acceptedCount_{0};
   CNodeCacheCalculator* passCalculator_ = nullptr;  // the running pass's; not owned
+  sqlite3* mappedConnection_ = nullptr;  // only compared
   CPassOrder passOrder_;
   std::vector<std::unique_ptr<CTaskEx>> creatorTasks_;
   std::unique_ptr<CCriticalLock> pendingLock_;

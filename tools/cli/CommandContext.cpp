@@ -32,15 +32,19 @@ void CCommandContext::Print(const std::string& line) {
   std::fputc('\n', out_);
 }
 
-void CCommandContext::PrintJson(const Json::Value& value) {
+std::string CCommandContext::JsonText(const Json::Value& value) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "  ";
   builder["emitUTF8"] = true;
   std::ostringstream text;
   std::unique_ptr<Json::StreamWriter> writer(builder.newStreamWriter());
   writer->write(value, &text);
-  Print(text.str());
+  return text.str();
 }
+
+void CCommandContext::PrintJson(const Json::Value& value) { Print(JsonText(value)); }
+
+void CCommandContext::Write(const std::string& text) { std::fputs(text.c_str(), out_); }
 
 int CCommandContext::Fail(const std::string& reason, int code) {
   std::fprintf(err_, "annotationlayer %s: %s\n", args_->Command().c_str(), OneLine(reason).c_str());

@@ -39,6 +39,10 @@ class CCommandContext {
   void Print(const std::string& line);
   // A JSON document as the whole output.
   void PrintJson(const Json::Value& value);
+  // Output as it is, with no line end added: for a document printed in pieces as it is read.
+  void Write(const std::string& text);
+  // `value` as PrintJson writes it (two-space indentation, UTF-8 as it is), without a line end.
+  static std::string JsonText(const Json::Value& value);
 
   // Prints the reason and returns `code`.
   int Fail(const std::string& reason, int code = kExitFailure);

@@ -2,13 +2,16 @@
 // features) in sibling order, indented by depth, each with its kind, name, check state, child
 // count and uuid. --depth limits how far below the top root the listing goes.
 //
+// The listing streams: each node is printed as the model's walk reaches it, and a layer's
+// features are never held together, so memory stays flat however many features a layer has.
+// --json streams the same nested document that a Json::Value of the whole tree would print.
+//
 // Threading contract: as ICommand.
 #ifndef ANNOTATIONLAYER_CLI_TREE_COMMAND_H
 #define ANNOTATIONLAYER_CLI_TREE_COMMAND_H
 
-#include <json/value.h>
-
 #include <cstdint>
+#include <string>
 
 #include "AnnotationLayerTypes.h"
 #include "Command.h"
@@ -28,13 +31,26 @@ class CTreeCommand : public ICommand {
   void Declare(CArgumentParser* parser) const override;
   int Run(CCommandContext& context) override;
 
- private:
-  // Adds the children of `node` (a JSON node with "kind" and "uuid") down to the depth limit.
-  void Expand(IAnnotationDBDataModel* model, Json::Value* node, E_NODE_KIND kind, int depth);
-  void PrintText(CCommandContext& context, const Json::Value& node, int depth) const;
+  // What is printed of one node.
+  struct Node {
+    E_NODE_KIND kind = NODE_KIND_NONE;
+    std::string uuid;
+    std::string name;   // UTF-8
+    std::string check;  // "unchecked", "partial", "checked"
+    std::string type;   // empty for folders
+    int children = 0;
+    bool gisLayer = false;
+  };
 
+ private:
+  // Prints `node`, `level` steps below the top root, and down to the depth limit everything below
+  // it.
+  void Show(IAnnotationDBDataModel* model, const Node& node, int level);
+
+  CCommandContext* context_ = nullptr;
   int64_t maxDepth_ = -1;
   bool features_ = false;
+  bool json_ = false;
 };
 
 #endif  // ANNOTATIONLAYER_CLI_TREE_COMMAND_H
