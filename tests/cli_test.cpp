@@ -295,8 +295,7 @@ TEST_F(CliTest, ImportCarriesOgrStylesIntoTheStyleTables) {
 }
 
 // An interrupted import rolls back: the database holds either everything or nothing. The progress
-// bar it waits for shows on a terminal only (the other imports see an empty standard error); how
-// it draws is up to cli_units_test.
+// bar it waits for shows on a terminal only (the other imports see an empty standard error).
 TEST_F(CliTest, InterruptedImportLeavesNothingHalfDone) {
   const std::string source = dir_.File("big.geojson");
   ASSERT_TRUE(WriteSource(source, "GeoJSON", {PointLayer("big", 5000)}));

@@ -106,8 +106,6 @@ TEST(ArgumentNumbers, IntegersInRangeAndListsOfFiniteNumbers) {
   }
 }
 
-// ---- Progress bar ----
-
 // ---- Output formats ----
 
 TEST(VectorFormat, ChoosesDriversByExtensionOrName) {
