@@ -21,6 +21,22 @@
 #include "SubtreeExporter.h"
 #include "VectorFormat.h"
 
+namespace {
+
+// Opens DB and finds UUID, the folder or layer to export: kExitOk, or the failure's exit code.
+int OpenSubtree(CCommandContext& context, CDatabaseSession* session, const std::string& uuid,
+                E_NODE_KIND* kind) {
+  std::string error;
+  if (!session->Open(context.Args().Positional("DB"), &error)) return context.Fail(error);
+  if (!session->Resolve(uuid, kind, &error)) return context.Fail(error);
+  if (*kind == NODE_KIND_FEATURE) {
+    return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
+  }
+  return CCommandContext::kExitOk;
+}
+
+}  // namespace
+
 void CExportCommand::Declare(CArgumentParser* parser) const {
   parser->AddPositional("DB", "the annotation database");
   parser->AddPositional("UUID", "the folder or layer to export, with everything below it");
@@ -56,13 +72,10 @@ int CExportCommand::Run(CCommandContext& context) {
   if (driver == nullptr) return context.UsageError(error);
 
   CDatabaseSession session;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
   const std::string uuid = args.Positional("UUID");
   E_NODE_KIND kind = NODE_KIND_NONE;
-  if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
-  if (kind == NODE_KIND_FEATURE) {
-    return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
-  }
+  const int opened = OpenSubtree(context, &session, uuid, &kind);
+  if (opened != CCommandContext::kExitOk) return opened;
 
   COutputStaging staging(out);
   if (!staging.IsReady()) return context.Fail(staging.Error());
@@ -120,13 +133,10 @@ int CExportCommand::RunTree(CCommandContext& context, const std::string& out) {
   const bool kmz = suffix == "kmz";
   std::string error;
   CDatabaseSession session;
-  if (!session.Open(args.Positional("DB"), &error)) return context.Fail(error);
   const std::string uuid = args.Positional("UUID");
   E_NODE_KIND kind = NODE_KIND_NONE;
-  if (!session.Resolve(uuid, &kind, &error)) return context.Fail(error);
-  if (kind == NODE_KIND_FEATURE) {
-    return context.Fail("export takes a folder or a layer; " + uuid + " is a feature");
-  }
+  const int opened = OpenSubtree(context, &session, uuid, &kind);
+  if (opened != CCommandContext::kExitOk) return opened;
 
   COutputStaging staging(out);
   if (!staging.IsReady()) return context.Fail(staging.Error());
