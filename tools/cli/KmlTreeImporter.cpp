@@ -4,6 +4,7 @@
 #include "ChildLister.h"
 #include "FeatureBatchImporter.h"
 #include "IAnnotationDBDataModel.h"
+#include "ImportTransaction.h"
 #include "InterruptFlag.h"
 #include "LocalText.h"
 #include "ModelTransaction.h"
@@ -21,20 +22,6 @@ std::vector<CKmlTreeReader::Container*> Containers(CKmlTreeReader::Container* co
   }
   return found;
 }
-
-// Discards the batch import on every way out but a successful EndImport.
-class CBatchGuard {
- public:
-  explicit CBatchGuard(CFeatureBatchImporter* importer) : importer_(importer) {}
-  ~CBatchGuard() {
-    if (importer_->IsImporting()) importer_->DiscardImport();
-  }
-  CBatchGuard(const CBatchGuard&) = delete;
-  CBatchGuard& operator=(const CBatchGuard&) = delete;
-
- private:
-  CFeatureBatchImporter* importer_;
-};
 
 }  // namespace
 
@@ -167,13 +154,13 @@ bool CKmlTreeImporter::ImportLayers(const std::string& parent, E_NODE_KIND kind,
     error_ = "the import could not start";
     return false;
   }
-  CBatchGuard guard(&importer);
+  CImportTransaction transaction(&importer);
   std::vector<std::unique_ptr<CAnnotationGroup>> tops;
   for (Container* layer : layers) {
     auto group = std::make_unique<CAnnotationGroup>(CLocalText::FromUtf8(layer->name));
     if (!InsertLayer(&importer, layer, std::move(group), nullptr, &tops)) return false;
   }
-  if (!importer.EndImport()) {
+  if (!transaction.Commit()) {
     error_ = "the layers could not be written";
     return false;
   }

@@ -65,7 +65,6 @@ class CKmlTreeImporter {
   const CInterruptFlag* interrupt_;
   Summary* summary_ = nullptr;
   std::string error_;
-  bool interrupted_ = false;
 };
 
 #endif  // ANNOTATIONLAYER_CLI_KML_TREE_IMPORTER_H

@@ -16,6 +16,7 @@
 #include "FeatureStyleSet.h"
 #include "FieldConverter.h"
 #include "GeometryConverter.h"
+#include "ImportTransaction.h"
 #include "InterruptFlag.h"
 #include "LocalText.h"
 #include "ProgressBar.h"
@@ -28,22 +29,6 @@ using Clock = std::chrono::steady_clock;
 double SecondsBetween(Clock::time_point from, Clock::time_point to) {
   return std::chrono::duration<double>(to - from).count();
 }
-
-// Keeps the importer's transaction open until Commit; discards it on every other way out.
-class CImportTransaction {
- public:
-  explicit CImportTransaction(CFeatureBatchImporter* importer) : importer_(importer) {}
-  ~CImportTransaction() {
-    if (importer_->IsImporting()) importer_->DiscardImport();
-  }
-  CImportTransaction(const CImportTransaction&) = delete;
-  CImportTransaction& operator=(const CImportTransaction&) = delete;
-
-  bool Commit() { return importer_->EndImport(); }
-
- private:
-  CFeatureBatchImporter* importer_;
-};
 
 // One OGR layer on its way in: the group that becomes its layer and its field keys in the local
 // code page.
