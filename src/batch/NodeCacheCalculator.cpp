@@ -170,7 +170,8 @@ CNodeAttribute CNodeCacheCalculator::GetEntityAttribute(const std::string& uuid)
 }
 
 CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uuid,
-                                                           CNodeOrder* order) {
+                                                           CNodeOrder* order,
+                                                           E_ANNOTATION_TYPE* type) {
   CNodeAttribute accumulator;
   if (model_ == nullptr) {
     accumulator.SetVisible(false);
@@ -178,6 +179,7 @@ CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uu
   }
   IAnnotationDBDataModel::FeatureLink link;
   if (model_->QueryFeatureLink(uuid, link, order != nullptr)) {
+    if (type != nullptr) *type = static_cast<E_ANNOTATION_TYPE>(link.type);
     if (!link.checked) {
       accumulator.SetVisible(false);
       return accumulator;

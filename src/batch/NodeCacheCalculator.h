@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "AnnotationLayerExport.h"
+#include "AnnotationLayerTypes.h"
 #include "IAnnotationDBObjectVisitor.h"
 #include "NodeAttribute.h"
 #include "NodeOrder.h"
@@ -73,8 +74,12 @@ class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
   // Both of the above with one walk of the node's ancestors, for callers that need the order only
   // of visible nodes (the spatial engine asks for both for every feature of a pass). Returns the
   // attribute; `order` receives the order key when the attribute is visible and is left untouched
-  // otherwise.
-  CNodeAttribute GetVisibleEntityOrder(const std::string& uuid, CNodeOrder* order);
+  // otherwise. When `type` is given, it receives the feature's type as
+  // IAnnotationDBDataModel::GetFeatureType gives it if the feature's row was read in the same go,
+  // and is left untouched otherwise (the node is no feature, or the model cannot read a feature's
+  // link in one go).
+  CNodeAttribute GetVisibleEntityOrder(const std::string& uuid, CNodeOrder* order,
+                                       E_ANNOTATION_TYPE* type = nullptr);
   // The number of cached folders and layers.
   int GetCacheCount() const;
 

@@ -168,7 +168,7 @@ class ANNOTATIONLAYER_EXPORT IAnnotationDBDataModel : public IObject {
   struct FeatureLink {
     std::string parentUuid;  // the puuid of its row
     std::string name;        // in the local code page, as QueryFeatureBase gives it
-    int type = 0;
+    int type = 0;  // ANNOTATION_TYPE_UNKNOWN when the row has none, as GetFeatureType gives it
     // A feature without a status row of its own (in a GIS layer) counts as checked, as in
     // IsNodeVisible.
     bool checked = false;

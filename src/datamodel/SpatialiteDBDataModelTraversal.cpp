@@ -13,6 +13,7 @@
 #include "FolderOption.h"
 #include "GeometryData.h"
 #include "LayerOption.h"
+#include "ListCycleGuard.h"
 #include "NodeStatus.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
@@ -97,10 +98,10 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelFolderList(IAnnotationDBObjectVisito
                       tag);
   if (!right.IsValid()) return kStop;
   E_HANDLE_TYPE result = kContinue;
-  std::unordered_set<std::string> seen;
+  CListCycleGuard guard;
   std::string current = first;
   while (!current.empty()) {
-    if (!seen.insert(current).second) {
+    if (!guard.Step(current)) {
       ZuLogError(-1) << tag << "the sibling list of " << first << " runs in a cycle";
       break;
     }
@@ -126,10 +127,10 @@ E_HANDLE_TYPE CSpatialiteDBDataModel::TravelCompositeList(IAnnotationDBObjectVis
                        tag);
   if (!shapes.IsValid() || !layers.IsValid()) return kStop;
   E_HANDLE_TYPE result = kContinue;
-  std::unordered_set<std::string> seen;
+  CListCycleGuard guard;
   std::string current = first;
   while (!current.empty()) {
-    if (!seen.insert(current).second) {
+    if (!guard.Step(current)) {
       ZuLogError(-1) << tag << "the sibling list of " << first << " runs in a cycle";
       break;
     }
@@ -602,7 +603,7 @@ bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, FeatureLi
   if (!row->StepRow()) return false;
   link.parentUuid = row->ColumnText(0, false);
   link.name = row->ColumnText(2, true);
-  link.type = row->ColumnInt(3);
+  link.type = row->ColumnIsNull(3) ? ANNOTATION_TYPE_UNKNOWN : row->ColumnInt(3);
   link.orderNum = !withOrder || row->ColumnIsNull(4) ? -1 : row->ColumnInt(4);
   CFeatureOption indexes(uuid);
   indexes.SetIndexArrayString(row->ColumnText(1, false));

@@ -8,11 +8,11 @@
 // value; callers rely on that precedence as it is.
 #include <sqlite3.h>
 
-#include <unordered_set>
 
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
+#include "ListCycleGuard.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "StatementCache.h"
@@ -150,15 +150,16 @@ std::string CSpatialiteDBDataModel::WalkFolderList(const std::string& start,
                                                    const std::string& tag) {
   CSqlStatement stmt(db_, sql, tag);
   if (!stmt.IsValid()) return start;
-  // A well-formed list ends in ''; one corrupted into a cycle is cut where it comes back.
-  std::unordered_set<std::string> seen{start};
+  // A well-formed list ends in ''; one corrupted into a cycle is cut once the guard notices it.
+  CListCycleGuard guard;
+  guard.Step(start);
   std::string current = start;
   for (;;) {
     stmt.BindText(1, current, false);
     std::string next;
     if (stmt.StepRow()) next = stmt.ColumnText(0, false);
     if (next.empty()) return current;
-    if (!seen.insert(next).second) {
+    if (!guard.Step(next)) {
       ZuLogError(-1) << tag << "the sibling list of " << start << " runs in a cycle";
       return current;
     }
@@ -189,7 +190,8 @@ std::string CSpatialiteDBDataModel::WalkCompositeList(const std::string& start, 
                                 " uuid = ?",
                        tag);
   if (!layers.IsValid() || !shapes.IsValid()) return start;
-  std::unordered_set<std::string> seen{start};
+  CListCycleGuard guard;
+  guard.Step(start);
   std::string current = start;
   for (;;) {
     CSqlStatement& stmt = isLayer ? layers : shapes;
@@ -204,7 +206,7 @@ std::string CSpatialiteDBDataModel::WalkCompositeList(const std::string& start, 
     const bool nextIsLayer = !layerNeighbour.empty();
     const std::string& next = nextIsLayer ? layerNeighbour : shapeNeighbour;
     if (next.empty()) return current;
-    if (!seen.insert(next).second) {
+    if (!guard.Step(next)) {
       ZuLogError(-1) << tag << "the sibling list of " << start << " runs in a cycle";
       return current;
     }

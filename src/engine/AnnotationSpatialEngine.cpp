@@ -370,9 +370,10 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   if (IsFeatureExcluded(uuid)) return goOn();
   CNodeAttribute attribute = VisibleAttribute();
   CNodeOrder order;
+  E_ANNOTATION_TYPE type = ANNOTATION_TYPE_UNKNOWN;
   if (passCalculator_ != nullptr) {
-    // Visibility and order key from one walk of the feature's ancestors.
-    attribute = passCalculator_->GetVisibleEntityOrder(uuid, &order);
+    // Visibility, order key and, from the same read of the feature's row, its type.
+    attribute = passCalculator_->GetVisibleEntityOrder(uuid, &order, &type);
     if (!attribute.IsVisible()) return goOn();
   }
   std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
@@ -384,7 +385,8 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   if (entity) {
     entity->SetAttribute(attribute);
   } else {
-    record->SetFeatureType(dataModel_->GetFeatureType(uuid));
+    if (type == ANNOTATION_TYPE_UNKNOWN) type = dataModel_->GetFeatureType(uuid);
+    record->SetFeatureType(type);
     // Queued again on every pass in which the feature still has no entity; not once a request
     // has cut the pass, since that request emptied the queue for a view this pass no longer has.
     CCriticalLockGuard guard(pendingLock_.get());
