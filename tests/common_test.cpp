@@ -1,4 +1,4 @@
-// Identifiers, type mappings, the extent test and the cache directory.
+// Identifiers, type mappings and the extent test.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "AnnotationLayerNS.h"
-#include "ZuCoreApplication.h"
 
 using namespace AnnotationLayerNS;
 
@@ -28,60 +27,34 @@ TEST(ZuGenerateUUIDTest, IsLowercaseHexMd5AndUniqueAcrossThreads) {
   }
 }
 
-TEST(TypeMappingTest, GeometryKindsAreNotInverse) {
-  const std::vector<std::pair<int, int>> annotationToGeometry = {
-      {0, 1}, {1, 2}, {2, 3}, {3, 3}, {5, 3}, {-1, 3}, {7, 3},
-      {100, 4}, {101, 5}, {102, 6}, {200, 2}, {300, 1}};
+// The tables are not inverse: CHAR comes back as INT, FLOAT as DOUBLE, kinds fold together.
+TEST(TypeMappingTest, KindsAndFieldTypesAreNotInverse) {
+  const std::pair<int, int> annotationToGeometry[] = {{0, 1},   {1, 2},   {2, 3},   {3, 3},
+                                                      {-1, 3},  {100, 4}, {101, 5}, {102, 6},
+                                                      {200, 2}, {300, 1}};
   for (const auto& [annotation, geometry] : annotationToGeometry) {
-    EXPECT_EQ(geometry, MappingGeomType(static_cast<E_ANNOTATION_TYPE>(annotation)))
-        << "annotation kind " << annotation;
+    EXPECT_EQ(geometry, MappingGeomType(static_cast<E_ANNOTATION_TYPE>(annotation))) << annotation;
   }
-  const std::vector<std::pair<int, int>> geometryToAnnotation = {
-      {1, 0}, {2, 1}, {3, 2}, {0, 2}, {4, 100}, {5, 101}, {6, 102}, {9, 2}};
+  const std::pair<int, int> geometryToAnnotation[] = {{1, 0},   {2, 1},   {3, 2},   {0, 2},
+                                                      {4, 100}, {5, 101}, {6, 102}, {9, 2}};
   for (const auto& [geometry, annotation] : geometryToAnnotation) {
     EXPECT_EQ(annotation, MappingAnnotationType(static_cast<E_GEOMETRY_DATA_TYPE>(geometry)))
-        << "geometry kind " << geometry;
+        << geometry;
   }
-}
-
-// The field and Qt type tables are not inverse either: CHAR comes back as INT, FLOAT as DOUBLE.
-TEST(TypeMappingTest, FieldTypesThroughQtTypes) {
   EXPECT_EQ(FIELD_OFST_TYPE_INT, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_CHAR)));
   EXPECT_EQ(FIELD_OFST_TYPE_DOUBLE, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_FLOAT)));
-  EXPECT_EQ(FIELD_OFST_TYPE_TEXT, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_TEXT)));
   EXPECT_EQ(FIELD_OFST_TYPE_NONE, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_NONE)));
   EXPECT_FALSE(IsGISLayer(static_cast<E_LAYER_TYPE>(103))) << "the GIS range ends at 102";
 }
 
-namespace {
-EXTENT Rect(double minX, double minY, double maxX, double maxY) {
-  EXTENT e;
-  e.min_x = minX;
-  e.min_y = minY;
-  e.max_x = maxX;
-  e.max_y = maxY;
-  return e;
-}
-}  // namespace
-
 TEST(IsNeedUpdateRangeTest, Steps) {
-  const EXTENT cur = Rect(0, 0, 10, 10);
-  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(1, 1, 9, 9)));       // strictly inside
-  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(0, 0, 10, 10)));    // equal: step 2
-  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(-5, 0, 5, 10)));    // cur.min_x inside nxt's x range
-  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(5, 0, 15, 10)));    // cur.max_x inside nxt's x range
-  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(20, -5, 30, 5)));   // cur.min_y inside nxt's y range
-  // Entirely to the right: only the max_y equality decides.
-  EXPECT_FALSE(IsNeedUpdateRange(cur, Rect(20, 20, 30, 10)));
-  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(20, 20, 30, 11)));
-  // cur.max_y inside [nxt.min_y, nxt.max_y] is not looked at.
-  EXPECT_TRUE(IsNeedUpdateRange(cur, Rect(20, 5, 30, 15)));
-}
-
-TEST(CacheDirTest, AppendsLayerCacheToDataDir) {
-  CZuCoreApplication* app = CZuCoreApplication::GetInstance();
-  const std::string saved = app->GetDataDir();
-  app->SetDataDir("D:/data/");
-  EXPECT_EQ("D:/data/layer_cache/", GetDefaultCacheDir());
-  app->SetDataDir(saved);
+  const EXTENT cur{0, 0, 10, 10};
+  EXPECT_TRUE(IsNeedUpdateRange(cur, EXTENT{1, 1, 9, 9}));       // strictly inside
+  EXPECT_FALSE(IsNeedUpdateRange(cur, EXTENT{0, 0, 10, 10}));    // equal
+  EXPECT_FALSE(IsNeedUpdateRange(cur, EXTENT{-5, 0, 5, 10}));    // cur.min_x inside nxt's x range
+  EXPECT_FALSE(IsNeedUpdateRange(cur, EXTENT{5, 0, 15, 10}));    // cur.max_x inside nxt's x range
+  EXPECT_FALSE(IsNeedUpdateRange(cur, EXTENT{20, -5, 30, 5}));   // cur.min_y inside nxt's y range
+  // Entirely to the right: only the max_y equality decides; cur.max_y inside nxt is not looked at.
+  EXPECT_FALSE(IsNeedUpdateRange(cur, EXTENT{20, 20, 30, 10}));
+  EXPECT_TRUE(IsNeedUpdateRange(cur, EXTENT{20, 5, 30, 15}));
 }

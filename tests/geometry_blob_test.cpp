@@ -122,16 +122,11 @@ TEST(GeometryBlobTest, PartsRoundTripByKindAsXyzWgs84) {
   }
   // Every vertex of a point part is a point of its own.
   EXPECT_EQ(cases[0].parts, Read(Write({Part({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}})}, 4)));
-}
-
-TEST(GeometryBlobTest, StoredClassFollowsTheContentNotTheKind) {
+  // The stored class follows the content, not the kind: a multi kind with one part comes back as
+  // the single kind, and the other way round.
   EXPECT_EQ(GAIA_POINTZ, ClassOf(Write({Part({{1, 2, 3}})}, 4)));
-  EXPECT_EQ(GAIA_LINESTRINGZ, ClassOf(Write({Part({{1, 2, 3}, {4, 5, 6}})}, 5)));
-  EXPECT_EQ(GAIA_POLYGONZ, ClassOf(Write({Square(0, 0, 1, 0)}, 6)));
   EXPECT_EQ(GAIA_MULTIPOINTZ, ClassOf(Write({Part({{1, 2, 3}, {4, 5, 6}})}, 1)));
   EXPECT_EQ(GAIA_MULTIPOLYGONZ, ClassOf(Write({Square(0, 0, 1, 0), Square(5, 5, 1, 0)}, 3)));
-
-  // So a multi kind with one part comes back as the single kind.
   const Bytes area = Write({Square(0, 0, 1, 0)}, 6);
   CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
   ASSERT_TRUE(ConvertWkbGeomToFeature(&feature, area.data(), static_cast<int>(area.size())));
@@ -170,7 +165,6 @@ TEST(GeometryBlobTest, NothingToStoreGivesNullAndSizeZero) {
                {{Part({}), Part({})}, 3},  // gaia writes no blob for an empty collection
                {{Part({{1, 2, 3}})}, 0},
                {{Part({{1, 2, 3}})}, 7},
-               {{Part({{1, 2, 3}})}, -3},
                {{Square(0, 0, 1, 1)}, 1006}};
   for (const auto& c : cases) {
     int size = 12345;
@@ -209,9 +203,9 @@ TEST(GeometryBlobTest, BlobsOfSpatialiteSqlReadByTheirClass) {
   }
 
   // Every form SpatiaLite writes passes the count check, compressed or not.
-  for (const char* wkt : {"LINESTRING(0 0, 1 1, 2 0)", "LINESTRING ZM(0 0 0 0, 1 1 1 1, 2 0 2 2)",
+  for (const char* wkt : {"LINESTRING(0 0, 1 1, 2 0)",
                           "POLYGON M((0 0 0, 4 0 0, 4 4 0, 0 0 0), (1 1 0, 2 1 0, 2 2 0, 1 1 0))",
-                          "MULTIPOINT M(1 2 3, 4 5 6)", "MULTIPOLYGON(((0 0, 1 0, 1 1, 0 0)))",
+                          "MULTIPOINT M(1 2 3, 4 5 6)",
                           "MULTILINESTRING ZM((0 0 0 0, 1 1 1 1), (2 2 2 2, 3 3 3 3))"}) {
     for (const std::string& form : {std::string("GeomFromText('%')"),
                                     std::string("CompressGeometry(GeomFromText('%'))")}) {
@@ -226,11 +220,9 @@ TEST(GeometryBlobTest, BlobsOfSpatialiteSqlReadByTheirClass) {
 
 TEST(GeometryBlobTest, NullEmptyAndTruncatedBlobsAreUnreadable) {
   const Bytes blob = Write({Square(0, 0, 1, 0), Square(3, 3, 1, 1)}, 6);
+  ExpectUnreadable(Bytes(), "empty");
   Parts parts = kHeld;
   EXPECT_FALSE(ConvertWkbGeomToGeomData(parts, nullptr, 100));
-  EXPECT_FALSE(ConvertWkbGeomToGeomData(parts, blob.data(), 0));
-  EXPECT_FALSE(ConvertWkbGeomToGeomData(parts, blob.data(), -5));
-  EXPECT_EQ(kHeld, parts);
   for (size_t length = 1; length < blob.size(); ++length) {
     Bytes cut(blob.begin(), blob.begin() + static_cast<long>(length));
     ExpectUnreadable(cut, "cut at " + std::to_string(length));
@@ -251,7 +243,6 @@ TEST(GeometryBlobTest, CountsThatWouldMisleadGaiaAreRefused) {
     const char* what;
   } cases[] = {
       {line, 43, 0xFFFFFFFFu, "negative vertex count (gaia crashes on it)"},
-      {line, 43, 0x80000000u, "most negative vertex count"},
       {line, 43, 0x0AAAAAABu, "vertex count whose size overflows an int"},
       {line, 43, 4, "one vertex more than stored"},
       {polygon, 43, 0xFFFFFFFFu, "negative ring count"},

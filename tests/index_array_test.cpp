@@ -8,10 +8,7 @@
 
 #include "IndexArray.h"
 
-using AnnotationLayerInner::AppendIndexArrayPart;
-using AnnotationLayerInner::IndexArrayPart;
-using AnnotationLayerInner::ParseIndexArray;
-using AnnotationLayerInner::ReplaceIndexArrayPart;
+using namespace AnnotationLayerInner;
 using Ids = std::vector<int64_t>;
 
 TEST(IndexArrayTest, ReadsWellFormedAndMalformedTexts) {
@@ -21,32 +18,21 @@ TEST(IndexArrayTest, ReadsWellFormedAndMalformedTexts) {
     Ids ids;
   } cases[] = {
       {"s:101;p:7,8,9;u:40;e:3", 'p', {7, 8, 9}},
-      {"s:101;p:7,8,9;u:40;e:3", 'e', {3}},
-      {"", 's', {}},
       {"s:1,2;u:5", 'p', {}},
-      {"x:9", 's', {}},
       // An empty number text reads as 0, a tag at the very end too.
-      {"s:", 's', {0}},
       {"s", 's', {0}},
-      {"s:;u:5", 's', {0}},
       {"s:1,,2", 's', {1, 0, 2}},
-      {"s:1,", 's', {1, 0}},
-      {"s:abc;u:5", 's', {0}},
       {"s:abc;u:5", 'u', {5}},
       // Stream extraction: blanks and a sign are read, trailing junk is ignored.
       {"s:-3, 4 ,5x;p:1", 's', {-3, 4, 5}},
-      {"s:+12", 's', {12}},
       // The character after the tag is skipped unseen, whatever it is.
-      {"s=12", 's', {12}},
       {"s12", 's', {2}},
-      // The first occurrence of the letter wins, even inside another part's junk: "1e5" holds an
-      // 'e'. A repeated tag: only its first part is read.
+      // The first occurrence of the letter wins, even inside another part's junk ("1e5" holds an
+      // 'e'); of a repeated tag only the first part is read.
       {"s:1e5", 'e', {0}},
-      {"s:1e5", 's', {1}},
       {"s:9;p:1;p:3", 'p', {1}},
       // One past the 64-bit range does not read as a number.
       {"s:9223372036854775808,7", 's', {0, 7}},
-      {"s:-99999999999999999999", 's', {0}},
   };
   for (const auto& c : cases) EXPECT_EQ(c.ids, ParseIndexArray(c.text, c.tag)) << c.text;
 
@@ -57,30 +43,23 @@ TEST(IndexArrayTest, ReadsWellFormedAndMalformedTexts) {
   EXPECT_EQ((Ids{big, small, 0}), ParseIndexArray(text, 'u'));
 }
 
-TEST(IndexArrayTest, VeryLongTexts) {
+TEST(IndexArrayTest, BuildingPartsAndVeryLongTexts) {
+  EXPECT_EQ("", IndexArrayPart('s', {}));
+  std::string text = "p:1";
+  ReplaceIndexArrayPart(text, 's', {});
+  EXPECT_EQ("p:1", text);
+  std::string empty;
+  AppendIndexArrayPart(empty, 'e', {4});
+  EXPECT_EQ("e:4", empty) << "no leading separator";
+
   Ids ids;
   for (int64_t i = 0; i < 100000; ++i) ids.push_back(i * 7919);
-  std::string text;
   ReplaceIndexArrayPart(text, 's', ids);
+  AppendIndexArrayPart(text, 'u', {});
   AppendIndexArrayPart(text, 'u', {1, 2});
   EXPECT_EQ(ids, ParseIndexArray(text, 's'));
   EXPECT_EQ((Ids{1, 2}), ParseIndexArray(text, 'u'));
   // A huge run of digits is one unreadable number; many separators are many zeros.
   EXPECT_EQ(Ids{0}, ParseIndexArray("s:" + std::string(200000, '9'), 's'));
   EXPECT_EQ(Ids(50001, 0), ParseIndexArray("s:" + std::string(50000, ','), 's'));
-}
-
-TEST(IndexArrayTest, BuildingParts) {
-  EXPECT_EQ("", IndexArrayPart('s', {}));
-  std::string text = "p:1";
-  ReplaceIndexArrayPart(text, 's', {});
-  EXPECT_EQ("p:1", text);
-  ReplaceIndexArrayPart(text, 's', {2});
-  EXPECT_EQ("s:2", text);
-  AppendIndexArrayPart(text, 'u', {});
-  AppendIndexArrayPart(text, 'u', {3});
-  EXPECT_EQ("s:2;u:3", text);
-  std::string empty;
-  AppendIndexArrayPart(empty, 'e', {4});
-  EXPECT_EQ("e:4", empty) << "no leading separator";
 }
