@@ -1,21 +1,21 @@
-// The SpatiaLite connection handler, its statement helpers, the code page conversions and the
-// creation of a new annotation database.
+// The SpatiaLite connection handler, its statement helpers, the code page conversions, pieces of
+// SQL text and the creation of a new annotation database.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
 
-#include <sys/stat.h>
+#include <cfloat>
 
 #include "AnnotationSchema.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
+#include "SqlText.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
 #include "TextConversion.h"
 #include "ZuLog.h"
 
-using AnnotationLayerInner::LocalToUtf8;
-using AnnotationLayerInner::Utf8ToLocal;
+using namespace AnnotationLayerInner;
 
 namespace {
 
@@ -35,105 +35,60 @@ bool TableExists(sqlite3* db, const std::string& table) {
 
 }  // namespace
 
-TEST(TextConversionTest, Cp936RoundTripAndInvalidBytes) {
+TEST(TextAndSqlTextTest, Cp936QuotesAndNumbers) {
   const std::string utf8 = "\xe6\xb3\xa8\xe8\xae\xb0 layer";  // "注记 layer"
   EXPECT_EQ("\xd7\xa2\xbc\xc7 layer", Utf8ToLocal(utf8));
   EXPECT_EQ(utf8, LocalToUtf8(Utf8ToLocal(utf8)));
-  EXPECT_EQ("", Utf8ToLocal(""));
-  // A lone lead byte of a double-byte character and bytes that are not UTF-8 at all.
+  // A lone lead byte, bytes that are not UTF-8, characters outside code page 936: never cut.
   EXPECT_EQ("a", LocalToUtf8("a\x81").substr(0, 1));
   EXPECT_NE(std::string::npos, Utf8ToLocal("\xff\xfe x").find(" x"));
-  // Characters outside code page 936 become a substitute, never an empty or cut result.
   EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
+
+  EXPECT_TRUE(IsSafeSqlText("double \" quote; -- and comment \xe4\xb8\xad"));
+  EXPECT_FALSE(IsSafeSqlText("x' OR '1'='1"));
+  EXPECT_FALSE(IsSafeSqlText(std::string("abc\0def", 7)));
+  EXPECT_EQ("-1.7976931348623e+308", FormatDouble(-DBL_MAX));
+  EXPECT_EQ("116.39128456789", FormatDouble(116.391284567891234));
 }
 
 // Foreign files and directories are refused by the data model's install (datamodel_lifecycle_test).
-TEST(SpatialiteHandlerTest, OpenRefusesWhatItCannotOpenAndAddsMetadataOnlyReadWrite) {
+TEST(SpatialiteHandlerTest, OpeningMetadataAndTransactions) {
   CTempDir dir;
   CSpatialiteHandler handler;
   CZuLogCapture capture;
-  EXPECT_FALSE(handler.Open("", false));
-  EXPECT_EQ(std::vector<std::string>{"[CSpatialiteHandler] Open Error! empty path"},
-            capture.Lines());
   const std::string missing = dir.File("missing.db");
-  EXPECT_FALSE(handler.Open(missing, false));
-  EXPECT_EQ(2, capture.Count("[CSpatialiteHandler] Open Error! "));  // with the empty path
   EXPECT_FALSE(handler.OpenNoSpatial(missing, true));
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenNoSpatial Error! "));
   EXPECT_FALSE(FileExists(missing));
+  EXPECT_FALSE(handler.Transaction());  // closed
 
+  // Metadata is added only read-write.
   const std::string plain = dir.File("plain.db");
   ASSERT_TRUE(MakePlainSqliteFile(plain));
   const std::string before = ReadFileBytes(plain);
   EXPECT_FALSE(handler.Open(plain, true));
-  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] InitSpatialMetadata Error! "));
   EXPECT_EQ(nullptr, handler.GetDB());
   EXPECT_EQ(before, ReadFileBytes(plain));
   ASSERT_TRUE(handler.Open(plain, false));
   EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
   EXPECT_TRUE(handler.Close());
-  EXPECT_EQ(nullptr, handler.GetDB());
   EXPECT_TRUE(handler.Close());  // closing a closed handler
 
-  ASSERT_TRUE(handler.OpenByCreate(dir.File("new.db")));
-  EXPECT_TRUE(TableExists(handler.GetDB(), "spatial_ref_sys"));
-  EXPECT_TRUE(handler.OpenByCreate(dir.File("new.db")));  // already open
-  handler.Close();
-}
+  // Open tests the SpatiaLite cache, not the connection, so it opens anew over a plain one.
+  ASSERT_TRUE(handler.OpenNoSpatial(plain, false));
+  sqlite3* noSpatial = handler.GetDB();
+  EXPECT_TRUE(handler.OpenNoSpatial(plain, false));
+  EXPECT_EQ(noSpatial, handler.GetDB());
+  ASSERT_TRUE(handler.Open(plain, false));
+  EXPECT_NE(noSpatial, handler.GetDB());
+  sqlite3_close(noSpatial);
+  EXPECT_TRUE(handler.Open(plain, false));  // already open
 
-TEST(SpatialiteHandlerTest, OpenNoSpatialThenOpenOpensASecondConnection) {
-  CTempDir dir;
-  const std::string path = dir.File("plain.db");
-  ASSERT_TRUE(MakePlainSqliteFile(path));
-  CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.OpenNoSpatial(path, false));
-  sqlite3* plain = handler.GetDB();
-  EXPECT_TRUE(handler.OpenNoSpatial(path, false));
-  EXPECT_EQ(plain, handler.GetDB());
-  // Open tests the SpatiaLite cache, not the connection, so it opens anew over the plain one.
-  ASSERT_TRUE(handler.Open(path, false));
-  EXPECT_NE(plain, handler.GetDB());
-  sqlite3_close(plain);
-  handler.Close();
-}
-
-TEST(SpatialiteHandlerTest, AddGeometryColumnCreatesOnlyWhatIsMissing) {
-  CTempDir dir;
-  CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.OpenByCreate(dir.File("g.db")));
-  sqlite3* db = handler.GetDB();
-  ASSERT_TRUE(AnnotationLayerInner::ExecSql(db, "CREATE TABLE roads(id INTEGER PRIMARY KEY)", ""));
-  EXPECT_FALSE(handler.AddGeometryColumn("", "geom", 1002));
-  EXPECT_FALSE(handler.AddGeometryColumn("roads", "", 1002));
-
-  EXPECT_TRUE(handler.AddGeometryColumn("roads", "geom", 1002));
-  CSqlStatement type(db,
-                     "SELECT geometry_type, srid FROM geometry_columns WHERE "
-                     "f_table_name = 'roads'",
-                     "");
-  ASSERT_TRUE(type.StepRow());
-  EXPECT_EQ(1002, type.ColumnInt(0));  // LINESTRINGZ
-  EXPECT_EQ(4326, type.ColumnInt(1));
-  EXPECT_TRUE(TableExists(db, "idx_roads_geom"));
-
-  CZuLogCapture capture;
-  EXPECT_FALSE(handler.AddGeometryColumn("roads", "geom", 1002));  // exists: false, silent
-  EXPECT_TRUE(capture.Lines().empty());
-  EXPECT_FALSE(handler.AddGeometryColumn("no_such_table", "geom", 1001));
-  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] AddGeometryColumn Error! "));
-  handler.Close();
-}
-
-TEST(SpatialiteHandlerTest, TransactionsDoNotNest) {
-  CTempDir dir;
-  CSpatialiteHandler handler;
-  EXPECT_FALSE(handler.Transaction());  // closed
-  ASSERT_TRUE(handler.OpenByCreate(dir.File("t.db")));
   EXPECT_TRUE(handler.SetForeignKeys(false));
   EXPECT_TRUE(handler.SetSynchronous(false));
   ASSERT_TRUE(handler.Transaction());
-  CZuLogCapture capture;
-  EXPECT_FALSE(handler.Transaction());
+  capture.Clear();
+  EXPECT_FALSE(handler.Transaction());  // no nesting
   EXPECT_EQ(1, capture.Count("[Transaction]:cannot start a transaction within a transaction"));
   EXPECT_TRUE(handler.Commit());
   EXPECT_FALSE(handler.Commit());
@@ -143,26 +98,35 @@ TEST(SpatialiteHandlerTest, TransactionsDoNotNest) {
   handler.Close();
 }
 
-TEST(SpatialiteHandlerTest, StatementHelpers) {
+TEST(SpatialiteHandlerTest, GeometryColumnsAndStatementHelpers) {
   EXPECT_EQ("", CSpatialiteHandler::ColumnText(nullptr, true));
-  EXPECT_EQ("", CSpatialiteHandler::ColumnText(nullptr, false));
   EXPECT_EQ("\xd7\xa2", CSpatialiteHandler::ColumnText("\xe6\xb3\xa8", true));
-  EXPECT_EQ("\xe6\xb3\xa8", CSpatialiteHandler::ColumnText("\xe6\xb3\xa8", false));
   CSpatialiteHandler::ResetStatement(nullptr);  // ignored
-
   CTempDir dir;
   CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.OpenByCreate(dir.File("s.db")));
+  ASSERT_TRUE(handler.OpenByCreate(dir.File("g.db")));
   sqlite3* db = handler.GetDB();
-  ASSERT_TRUE(AnnotationLayerInner::ExecSql(db, "CREATE TABLE n(name TEXT)", ""));
-  CSqlStatement insert(db, "INSERT INTO n(name) VALUES(?)", "[Test]:");
+  ASSERT_TRUE(ExecSql(db, "CREATE TABLE roads(id INTEGER PRIMARY KEY, name TEXT)", ""));
+  EXPECT_FALSE(handler.AddGeometryColumn("roads", "", 1002));
+  EXPECT_TRUE(handler.AddGeometryColumn("roads", "geom", 1002));
+  EXPECT_EQ("1002 4326", QueryScalar(dir.File("g.db"), "SELECT geometry_type || ' ' || srid FROM "
+                                                       "geometry_columns"));
+  EXPECT_TRUE(TableExists(db, "idx_roads_geom"));
+  EXPECT_TRUE(handler.OpenByCreate(dir.File("other.db")));  // already open: stays on g.db
+  CZuLogCapture capture;
+  EXPECT_FALSE(handler.AddGeometryColumn("roads", "geom", 1002));  // exists: false, silent
+  EXPECT_TRUE(capture.Lines().empty());
+  EXPECT_FALSE(handler.AddGeometryColumn("no_such_table", "geom", 1001));
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] AddGeometryColumn Error! "));
+
+  CSqlStatement insert(db, "INSERT INTO roads(name) VALUES(?)", "[Test]:");
   {
     std::string name = "\xd7\xa2\xbc\xc7";  // local code page
     insert.BindText(1, name, true);
     name.assign("overwritten");  // SQLite copied the bytes
   }
   ASSERT_TRUE(insert.StepDone());
-  CSqlStatement select(db, "SELECT name, hex(name) FROM n", "[Test]:");
+  CSqlStatement select(db, "SELECT name, hex(name) FROM roads", "[Test]:");
   ASSERT_TRUE(select.StepRow());
   EXPECT_EQ("E6B3A8E8AEB0", select.ColumnText(1, false));  // stored as UTF-8
   EXPECT_EQ("\xd7\xa2\xbc\xc7", select.ColumnText(0, true));
@@ -175,76 +139,47 @@ TEST(SpatialiteHandlerTest, StatementHelpers) {
   const unsigned char garbage[] = {1, 2, 3, 4, 5};
   EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(garbage, 5));
   EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(nullptr, 5));
-  EXPECT_EQ("", CSpatialiteHandler::BlobToWkt(garbage, 0));
   select.Finalize();
   wkt.Finalize();
   insert.Finalize();
   handler.Close();
 }
 
-TEST(SqlStatementTest, LogsTagAndSqliteMessage) {
-  CTempDir dir;
-  CSpatialiteHandler handler;
-  ASSERT_TRUE(handler.OpenByCreate(dir.File("e.db")));
-  CZuLogCapture capture;
-  CSqlStatement bad(handler.GetDB(), "SELECT * FROM no_such_table", "[QueryThing]:");
-  EXPECT_FALSE(bad.IsValid());
-  EXPECT_EQ(std::vector<std::string>{"[QueryThing]:no such table: no_such_table"}, capture.Lines());
-  EXPECT_FALSE(AnnotationLayerInner::ExecSql(handler.GetDB(), "DELETE FROM nowhere", "[X]:"));
-  EXPECT_EQ(1, capture.Count("[X]:no such table: nowhere"));
-  handler.Close();
-}
-
 TEST(AnnotationSchemaTest, NewDatabaseHasTablesIndexAndRoot) {
   CTestDatabase db;
   ASSERT_TRUE(db.IsValid());
-  ASSERT_EQ(32u, db.RootUUID().size());
-  for (const char* table :
-       {"folder", "layer", "shape", "folder_order", "layer_order", "shape_order", "folder_status",
-        "layer_status", "shape_status", "layer_style", "shape_style", "layer_userdata",
-        "shape_userdata", "shape_property", "shape_enclosure", "idx_shape_geom",
-        "spatial_ref_sys"}) {
-    EXPECT_EQ("1", QueryScalar(db.Path(), std::string("SELECT COUNT(*) FROM sqlite_master WHERE "
-                                                      "name = '") + table + "'"))
-        << table;
-  }
-  EXPECT_EQ("3", QueryScalar(db.Path(), "SELECT coord_dimension FROM geometry_columns WHERE "
-                                        "f_table_name = 'shape' AND f_geometry_column = 'geom'"));
-  EXPECT_EQ("4326", QueryScalar(db.Path(), "SELECT srid FROM geometry_columns WHERE "
-                                           "f_table_name = 'shape'"));
-  // The top root: found by the statement the data model uses, with order and status rows.
-  EXPECT_EQ(db.RootUUID(), QueryScalar(db.Path(), "SELECT uuid FROM folder WHERE puuid = '' AND "
-                                                  "uuid != '' Limit 1"));
-  const std::string index = QueryScalar(db.Path(), "SELECT index_id FROM folder");
+  EXPECT_EQ("17", QueryScalar(db.Path(), "SELECT COUNT(*) FROM sqlite_master WHERE name IN "
+                                         "('folder', 'layer', 'shape', 'folder_order', "
+                                         "'layer_order', 'shape_order', 'folder_status', "
+                                         "'layer_status', 'shape_status', 'layer_style', "
+                                         "'shape_style', 'layer_userdata', 'shape_userdata', "
+                                         "'shape_property', 'shape_enclosure', "
+                                         "'idx_shape_geom', 'spatial_ref_sys')"));
+  EXPECT_EQ("3 4326", QueryScalar(db.Path(), "SELECT coord_dimension || ' ' || srid FROM "
+                                             "geometry_columns WHERE f_table_name = 'shape' AND "
+                                             "f_geometry_column = 'geom'"));
+  // The top root, with its order and status rows.
   EXPECT_EQ("s:" + QueryScalar(db.Path(), "SELECT id FROM folder_status WHERE puuid = '" +
                                               db.RootUUID() + "' AND type = 1"),
-            index);
+            QueryScalar(db.Path(), "SELECT index_id FROM folder"));
   EXPECT_EQ("1", QueryScalar(db.Path(), "SELECT COUNT(*) FROM folder_order WHERE uuid = '" +
                                             db.RootUUID() + "' AND left_uuid = '' AND "
                                             "right_uuid = ''"));
-}
 
-TEST(AnnotationSchemaTest, LayerColumnOrderAndParentAliases) {
-  CTestDatabase db;
-  ASSERT_TRUE(db.IsValid());
   sqlite3* conn = nullptr;
   ASSERT_EQ(SQLITE_OK, sqlite3_open(db.Path().c_str(), &conn));
-  ASSERT_TRUE(AnnotationLayerInner::ExecSql(
-      conn, "INSERT INTO layer(uuid, folder_puuid, layer_puuid) VALUES('L', 'F', '')", ""));
+  ASSERT_TRUE(ExecSql(conn, "INSERT INTO layer(uuid, folder_puuid) VALUES('L', 'F')", ""));
   CSqlStatement all(conn, "SELECT * FROM layer", "");
   ASSERT_TRUE(all.StepRow());
   const char* expected[] = {"uuid", "folder_puuid", "layer_puuid", "type", "name",
                             "min_level", "max_level", "min_name_level", "max_name_level",
                             "min_x", "min_y", "max_x", "max_y", "wkt", "property_header",
                             "index_id"};
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_STREQ(expected[i], sqlite3_column_name(all.Get(), i)) << i;
-  }
+  for (int i = 0; i < 16; ++i) EXPECT_STREQ(expected[i], sqlite3_column_name(all.Get(), i)) << i;
   all.Finalize();
   // The order rebuilder's column names read the parent columns.
   CSqlStatement alias(conn, "SELECT layer.uuid FROM layer WHERE layer.folder_uuid = 'F'", "");
   ASSERT_TRUE(alias.StepRow());
-  EXPECT_EQ("L", alias.ColumnText(0, false));
   alias.Finalize();
   sqlite3_close(conn);
 }
@@ -257,7 +192,6 @@ TEST(AnnotationSchemaTest, RefusesExistingFilesAndLeavesThemAlone) {
   EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(path));
   EXPECT_EQ(1, capture.Count("[CreateAnnotationDatabase]:"));
   EXPECT_EQ("precious", ReadFileBytes(path));
-  EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(""));
   EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(dir.File("no/such/dir.db")));
   EXPECT_FALSE(FileExists(dir.File("no")));
 }
