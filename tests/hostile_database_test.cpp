@@ -35,16 +35,17 @@ class Counter : public IAnnotationDBObjectVisitor {
  public:
   E_HANDLE_TYPE ApplyFolder(IAnnotationDBDataModel*, const std::list<std::string>&,
                             const std::string&, const CFolderOption&) override {
-    ++nodes;
-    return HANDLE_TYPE_CONTINUE;
+    return Count();
   }
   E_HANDLE_TYPE ApplyLayer(IAnnotationDBDataModel*, const std::list<std::string>&,
                            const std::string&, const CLayerOption&) override {
-    ++nodes;
-    return HANDLE_TYPE_CONTINUE;
+    return Count();
   }
   E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
                              const std::string&, const CFeatureOption&) override {
+    return Count();
+  }
+  E_HANDLE_TYPE Count() {
     ++nodes;
     return HANDLE_TYPE_CONTINUE;
   }
@@ -72,16 +73,9 @@ bool DriveEverything(const std::string& path) {
   model.IsEmpty();
   model.Travel(&counter);
   model.TravelFolder(&counter, root);
-  EXTENT all;
-  all.min_x = -180;
-  all.min_y = -90;
-  all.max_x = 180;
-  all.max_y = 90;
+  const EXTENT all{-180, -90, 180, 90};
   model.TravelViaExtent(&counter, all, 100);
-  CGeometryData ring;
-  ring.PushBack(CVector3D(-180, -90, 0));
-  ring.PushBack(CVector3D(180, -90, 0));
-  ring.PushBack(CVector3D(180, 90, 0));
+  const CGeometryData ring(std::vector<CVector3D>{{-180, -90, 0}, {180, -90, 0}, {180, 90, 0}});
   model.TravelViaExtent(&counter, ring, 100);
   model.TravelViaSQL(&counter, NODE_KIND_LAYER, "1");
   model.CountExtentFeature(all);
@@ -157,9 +151,7 @@ bool DriveEverything(const std::string& path) {
   if (importer.BeginImport()) {
     importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
     CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
-    CGeometryData part;
-    part.PushBack(CVector3D(1, 2, 3));
-    feature.AddPart(part);
+    feature.AddPart(CGeometryData(std::vector<CVector3D>{{1, 2, 3}}));
     feature.SetGroup(&group);
     importer.InsertFeature(&feature);
     importer.EndImport();

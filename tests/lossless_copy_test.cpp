@@ -87,7 +87,7 @@ class LosslessCopyTest : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedAndVisible) {
+TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedCopiedMovedAndDeleted) {
   ASSERT_EQ(0, Rows("SELECT COUNT(*) FROM shape_order"));  // as GIS layers store them
   const std::vector<std::string> features = Features(layer_);
   ASSERT_EQ(static_cast<size_t>(kFeatures), features.size());
@@ -95,14 +95,7 @@ TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedAndVisible) {
   for (const std::string& uuid : features) {
     EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(uuid).IsVisible()) << uuid;
   }
-  // The layer's check state still rules them.
-  CLayerOption option = model_.QueryLayerOption(layer_);
-  option.SetNodeCheckState(0);
-  ASSERT_TRUE(model_.ModifyLayerOption(option));
-  EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(features[0]).IsVisible());
-}
-
-TEST_F(LosslessCopyTest, ACopyAMoveAndADeletionTakeEveryFeature) {
+  // A copy, a move and a deletion take every feature.
   CLayerBatchCopier copier(&model_);
   ASSERT_TRUE(copier.BeginCopy(nullptr));
   std::string copy;
@@ -127,6 +120,11 @@ TEST_F(LosslessCopyTest, ACopyAMoveAndADeletionTakeEveryFeature) {
   deleter.EndDelete();
   EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + moved + "'"));
   EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape"));  // the copy's
+  // The layer's check state still rules its features.
+  CLayerOption option = model_.QueryLayerOption(copy);
+  option.SetNodeCheckState(0);
+  ASSERT_TRUE(model_.ModifyLayerOption(option));
+  EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(copies[0]).IsVisible());
 }
 
 TEST_F(LosslessCopyTest, ACopyFailingOnAnyRowIsUndoneWholeAndAMoveKeepsItsOriginal) {

