@@ -82,15 +82,29 @@ class StyleModelTest : public ::testing::Test {
     return layer.GetUUID();
   }
 
-  std::string AddFeature(const std::string& parent) {
-    CFeatureOption feature;
-    feature.SetParentUUID(parent);
-    feature.SetType(ANNOTATION_TYPE_LINE);
-    EXPECT_TRUE(model_.InsertFeature(feature, nullptr));
-    return feature.GetUUID();
+  // A feature row under `parent`; with parts, its geometry is stored too.
+  std::string AddFeature(const std::string& parent, int kind = 0,
+                         const std::vector<CGeometryData>& parts = {},
+                         const std::string& name = "feature") {
+    CFeatureOption option;
+    option.SetParentUUID(parent);
+    option.SetType(ANNOTATION_TYPE_POLYGON);
+    option.SetName(name);
+    EXPECT_TRUE(model_.InsertFeature(option, nullptr));
+    if (!parts.empty()) {
+      CAnnotationFeature geometry(static_cast<E_GEOMETRY_DATA_TYPE>(kind));
+      geometry.SetGeometryData(parts);
+      EXPECT_TRUE(model_.ModifyGeometryData(option.GetUUID(), &geometry));
+    }
+    return option.GetUUID();
   }
 
   std::string Scalar(const std::string& sql) { return QueryScalar(db_.Path(), sql); }
+  // On the model's own connection, where SpatiaLite's functions are loaded.
+  std::string Sql(const std::string& sql) {
+    CSqlStatement stmt(model_.GetConnection(), sql, "[test]:");
+    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<no row>");
+  }
   // "<layer_style rows> <shape_style rows>" of an owner.
   std::string StyleRows(const std::string& puuid) {
     return Scalar("SELECT (SELECT COUNT(*) FROM layer_style WHERE puuid = '" + puuid +
@@ -171,11 +185,13 @@ TEST_F(StyleModelTest, FeaturesOfGisLayersShareTheirLayersStyle) {
 
 namespace {
 
+// A layer and a feature in it, for the enclosure and field cases.
 class EnclosureModelTest : public StyleModelTest {
  protected:
   void SetUp() override {
     StyleModelTest::SetUp();
-    feature_ = AddFeature(AddLayer());
+    layer_ = AddLayer();
+    feature_ = AddFeature(layer_);
   }
 
   // Inserts a record and returns its row id, which the record itself does not learn.
@@ -195,8 +211,10 @@ class EnclosureModelTest : public StyleModelTest {
 
   bool Exec(const std::string& sql) { return ExecSql(model_.GetConnection(), sql, "[test]:"); }
 
-  std::string feature_;
+  std::string layer_, feature_;
 };
+
+using FieldsTest = EnclosureModelTest;
 
 }  // namespace
 
@@ -317,26 +335,6 @@ TEST(FieldValueTextTest, TypedColumnsRoundTripAndUnreadableTextWarns) {
   EXPECT_EQ(4u, capture.Lines().size());
   EXPECT_EQ(1, capture.Count("[FieldValueFromColumn] broken escape in string value '%F'"));
 }
-
-namespace {
-
-class FieldsTest : public StyleModelTest {
- protected:
-  void SetUp() override {
-    StyleModelTest::SetUp();
-    layer_ = AddLayer();
-    feature_ = AddFeature(layer_);
-  }
-  // On the model's own connection, where SpatiaLite's functions are loaded.
-  std::string Sql(const std::string& sql) {
-    CSqlStatement stmt(model_.GetConnection(), sql, "");
-    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<none>");
-  }
-
-  std::string layer_, feature_;
-};
-
-}  // namespace
 
 TEST_F(FieldsTest, FieldsInsertUpdateRemoveAndKeepTheIndexArray) {
   CZuFieldSetObject fields;
@@ -459,50 +457,13 @@ CGeometryData Square(double x, double y, double side, double z) {
   return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
 }
 
-class GeometryModelTest : public ::testing::Test {
+class GeometryModelTest : public StyleModelTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    model_.Initialize("geometry");
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    // Let the calculator's first pass finish, so that its log lines stay out of the checks.
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
+    StyleModelTest::SetUp();
     layer_ = AddLayer();
   }
 
-  std::string AddLayer() {
-    CLayerOption layer;
-    layer.SetParentUUID(db_.RootUUID(), false);
-    layer.SetName("layer");
-    EXPECT_TRUE(model_.InsertLayer(layer));
-    return layer.GetUUID();
-  }
-
-  // A feature row under `parent`; with parts, its geometry is stored too.
-  std::string AddFeature(const std::string& parent, int kind = 0,
-                         const std::vector<CGeometryData>& parts = {},
-                         const std::string& name = "feature") {
-    CFeatureOption option;
-    option.SetParentUUID(parent);
-    option.SetType(ANNOTATION_TYPE_POLYGON);
-    option.SetName(name);
-    EXPECT_TRUE(model_.InsertFeature(option, nullptr));
-    if (!parts.empty()) {
-      CAnnotationFeature geometry(static_cast<E_GEOMETRY_DATA_TYPE>(kind));
-      geometry.SetGeometryData(parts);
-      EXPECT_TRUE(model_.ModifyGeometryData(option.GetUUID(), &geometry));
-    }
-    return option.GetUUID();
-  }
-
-  // The first column of `sql` as text, on the model's own connection (SpatiaLite loaded).
-  std::string Sql(const std::string& sql) {
-    CSqlStatement stmt(model_.GetConnection(), sql, "[test]:");
-    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<no row>");
-  }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
   std::string layer_;
 };
 
