@@ -1,12 +1,23 @@
 // The SpatiaLite connection handler, its statement helpers, the code page conversions, pieces of
-// SQL text and the creation of a new annotation database.
+// SQL text, the creation of a new annotation database, and geometry blobs: parts by kind and back,
+// what SpatiaLite makes of empty and open input, blobs made by SpatiaLite's SQL, and truncated,
+// corrupted and foreign blobs.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
+#include <spatialite/gaiageo.h>
 
 #include <cfloat>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
 
+#include "AnnotationFeature.h"
 #include "AnnotationSchema.h"
+#include "GeometryBlob.h"
+#include "SpatialiteBlob.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
 #include "SqlText.h"
@@ -194,4 +205,251 @@ TEST(AnnotationSchemaTest, RefusesExistingFilesAndLeavesThemAlone) {
   EXPECT_EQ("precious", ReadFileBytes(path));
   EXPECT_FALSE(AnnotationLayerNS::CreateAnnotationDatabase(dir.File("no/such/dir.db")));
   EXPECT_FALSE(FileExists(dir.File("no")));
+}
+
+using AnnotationLayerNS::ConvertFeatureToWkbGeom;
+using AnnotationLayerNS::ConvertGeomDataToWkbGeom;
+using AnnotationLayerNS::ConvertWkbGeomToFeature;
+using AnnotationLayerNS::ConvertWkbGeomToGeomData;
+using Bytes = std::vector<unsigned char>;
+using Parts = std::vector<CGeometryData>;
+
+namespace {
+
+CGeometryData Part(std::initializer_list<CVector3D> vertices) {
+  return CGeometryData(std::vector<CVector3D>(vertices));
+}
+
+CGeometryData Square(double x, double y, double side, double z) {
+  return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
+}
+
+Bytes Write(const Parts& parts, int kind) {
+  int size = -1;
+  std::unique_ptr<unsigned char, void (*)(void*)> blob(
+      ConvertGeomDataToWkbGeom(size, parts, static_cast<E_GEOMETRY_DATA_TYPE>(kind)), free);
+  EXPECT_NE(nullptr, blob.get()) << "kind " << kind;
+  return blob ? Bytes(blob.get(), blob.get() + size) : Bytes();
+}
+
+Parts Read(const Bytes& blob) {
+  Parts parts;
+  EXPECT_TRUE(ConvertWkbGeomToGeomData(parts, blob.data(), static_cast<int>(blob.size())));
+  return parts;
+}
+
+// The class SpatiaLite reports for a blob; -1 when it cannot be read.
+int ClassOf(const Bytes& blob) {
+  auto geom = ParseSpatialiteBlob(blob.data(), static_cast<int>(blob.size()));
+  return geom ? gaiaGeometryType(geom.get()) : -1;
+}
+
+// Writes a little-endian int32 (the blobs made here are little-endian).
+void Poke32(Bytes& blob, size_t offset, uint32_t value) {
+  for (int i = 0; i < 4; ++i) blob[offset + i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+const Parts kHeld = {Part({{-1, -1, -1}})};
+
+// Reading fails and leaves the caller's parts and feature alone.
+void ExpectUnreadable(const Bytes& blob, const std::string& what) {
+  Parts parts = kHeld;
+  EXPECT_FALSE(ConvertWkbGeomToGeomData(parts, blob.data(), static_cast<int>(blob.size())))
+      << what;
+  EXPECT_EQ(kHeld, parts) << what;
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
+  EXPECT_FALSE(ConvertWkbGeomToFeature(&feature, blob.data(), static_cast<int>(blob.size())))
+      << what;
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, feature.GetGeometryType()) << what;
+}
+
+// A SpatiaLite connection that makes blobs with SQL.
+class SpatialiteSql {
+ public:
+  SpatialiteSql() { open_ = handler_.OpenByCreate(dir_.File("sql.db")); }
+  ~SpatialiteSql() { handler_.Close(); }
+  bool IsOpen() const { return open_; }
+  Bytes Blob(const std::string& expression) {
+    CSqlStatement stmt(handler_.GetDB(), "SELECT " + expression, "[test]:");
+    if (!stmt.StepRow() || stmt.ColumnBlob(0) == nullptr) return Bytes();
+    const auto* data = static_cast<const unsigned char*>(stmt.ColumnBlob(0));
+    return Bytes(data, data + stmt.ColumnBytes(0));
+  }
+
+ private:
+  CTempDir dir_;
+  CSpatialiteHandler handler_;
+  bool open_ = false;
+};
+
+}  // namespace
+
+TEST(GeometryBlobTest, PartsRoundTripByKindAsXyzWgs84) {
+  const CGeometryData open = Part({{0, 0, 1}, {1, 0, 2}, {1, 1, 3}});
+  const struct {
+    int kind;
+    Parts parts;
+    int storedClass;
+  } cases[] = {
+      {4, {Part({{1, 2, 3}}), Part({{4, 5, 6}}), Part({{7, 8, 9}})}, GAIA_MULTIPOINTZ},
+      {2, {Part({{0, 0, 1}, {1, 1, 2}, {2, 0, 3}})}, GAIA_LINESTRINGZ},
+      {5, {Part({{0, 0, 1}, {1, 1, 2}}), Part({{10, 10, 0}, {11, 12, -5}})},
+       GAIA_MULTILINESTRINGZ},
+      {2, {Part({{5, 6, 7}})}, GAIA_LINESTRINGZ},  // a line of one vertex stays as it is
+      {6, {Square(0, 0, 1, 5), Square(10, 10, 2, 6)}, GAIA_MULTIPOLYGONZ},
+      {3, {open}, GAIA_POLYGONZ},  // no closing vertex is added
+  };
+  for (const auto& c : cases) {
+    const Bytes blob = Write(c.parts, c.kind);
+    auto geom = ParseSpatialiteBlob(blob.data(), static_cast<int>(blob.size()));
+    ASSERT_TRUE(geom) << c.kind;
+    EXPECT_EQ(c.storedClass, gaiaGeometryType(geom.get())) << c.kind;
+    EXPECT_EQ(4326, geom->Srid);
+    EXPECT_EQ(GAIA_XY_Z, geom->DimensionModel);
+    EXPECT_EQ(c.parts, Read(blob)) << c.kind;
+  }
+  // Every vertex of a point part is a point of its own.
+  EXPECT_EQ(cases[0].parts, Read(Write({Part({{1, 2, 3}, {4, 5, 6}, {7, 8, 9}})}, 4)));
+  // The stored class follows the content, not the kind: a multi kind with one part comes back as
+  // the single kind, and the other way round.
+  EXPECT_EQ(GAIA_POINTZ, ClassOf(Write({Part({{1, 2, 3}})}, 4)));
+  EXPECT_EQ(GAIA_MULTIPOINTZ, ClassOf(Write({Part({{1, 2, 3}, {4, 5, 6}})}, 1)));
+  EXPECT_EQ(GAIA_MULTIPOLYGONZ, ClassOf(Write({Square(0, 0, 1, 0), Square(5, 5, 1, 0)}, 3)));
+  const Bytes area = Write({Square(0, 0, 1, 0)}, 6);
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTIPOLYGON);
+  ASSERT_TRUE(ConvertWkbGeomToFeature(&feature, area.data(), static_cast<int>(area.size())));
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, feature.GetGeometryType());
+}
+
+TEST(GeometryBlobTest, FeatureConversionUsesItsKindSkipsEmptyPartsAndAppends) {
+  CAnnotationFeature source(GEOMETRY_DATA_TYPE_MULTILINESTRING);
+  source.AddPart(Part({{0, 0, 0}, {1, 1, 1}}));
+  source.AddPart(Part({}));
+  source.AddPart(Part({{2, 2, 2}, {3, 3, 3}}));
+  int size = 0;
+  std::unique_ptr<unsigned char, void (*)(void*)> blob(ConvertFeatureToWkbGeom(size, &source),
+                                                       free);
+  ASSERT_NE(nullptr, blob.get());
+
+  CAnnotationFeature target(GEOMETRY_DATA_TYPE_POINT);
+  target.AddPart(Part({{9, 9, 9}}));
+  ASSERT_TRUE(ConvertWkbGeomToFeature(&target, blob.get(), size));
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, target.GetGeometryType());
+  ASSERT_EQ(3, target.GetPartCount());
+  EXPECT_EQ(Part({{9, 9, 9}}), target.GetPart(0));
+  EXPECT_EQ(source.GetPart(2), target.GetPart(2));
+
+  Parts parts = kHeld;
+  ASSERT_TRUE(ConvertWkbGeomToGeomData(parts, blob.get(), size));
+  EXPECT_EQ((Parts{kHeld[0], source.GetPart(0), source.GetPart(2)}), parts);
+  EXPECT_FALSE(ConvertWkbGeomToFeature(nullptr, blob.get(), size));
+}
+
+TEST(GeometryBlobTest, NothingToStoreGivesNullAndSizeZero) {
+  const struct {
+    Parts parts;
+    int kind;
+  } cases[] = {{{}, 1},
+               {{Part({}), Part({})}, 3},  // gaia writes no blob for an empty collection
+               {{Part({{1, 2, 3}})}, 0},
+               {{Part({{1, 2, 3}})}, 7},
+               {{Square(0, 0, 1, 1)}, 1006}};
+  for (const auto& c : cases) {
+    int size = 12345;
+    unsigned char* blob =
+        ConvertGeomDataToWkbGeom(size, c.parts, static_cast<E_GEOMETRY_DATA_TYPE>(c.kind));
+    EXPECT_EQ(nullptr, blob) << c.kind;
+    EXPECT_EQ(0, size) << c.kind;
+    free(blob);
+  }
+  int size = 12345;
+  EXPECT_EQ(nullptr, ConvertFeatureToWkbGeom(size, nullptr));
+  EXPECT_EQ(0, size);
+}
+
+TEST(GeometryBlobTest, BlobsOfSpatialiteSqlReadByTheirClass) {
+  SpatialiteSql sql;
+  ASSERT_TRUE(sql.IsOpen());
+  // A hole is dropped; another SRID is read all the same; compressed forms are SpatiaLite's too.
+  EXPECT_EQ(Parts{Square(0, 0, 4, 1)},
+            Read(sql.Blob("GeomFromText('POLYGON Z((0 0 1, 4 0 1, 4 4 1, 0 4 1, 0 0 1),"
+                          " (1 1 1, 2 1 1, 2 2 1, 1 1 1))', 4326)")));
+  EXPECT_EQ(Parts{Part({{1, 2, 3}})}, Read(sql.Blob("GeomFromText('POINT Z(1 2 3)', 3857)")));
+  EXPECT_EQ(Parts{Part({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}})},
+            Read(sql.Blob("CompressGeometry(GeomFromText('LINESTRING Z(0 0 0, 1 1 1, 2 2 2)'))")));
+
+  // Without Z, with M, or mixed: read as nothing, successfully, and the feature's kind becomes 0.
+  for (const char* wkt : {"POINT(1 2)", "POINT ZM(1 2 3 4)", "LINESTRING M(0 0 1, 1 1 2)",
+                          "GEOMETRYCOLLECTION Z(POINT Z(1 2 3), LINESTRING Z(0 0 0, 1 1 1))"}) {
+    const Bytes blob = sql.Blob("GeomFromText('" + std::string(wkt) + "', 3857)");
+    Parts parts = kHeld;
+    EXPECT_TRUE(ConvertWkbGeomToGeomData(parts, blob.data(), static_cast<int>(blob.size()))) << wkt;
+    EXPECT_EQ(kHeld, parts) << wkt;
+    CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
+    EXPECT_TRUE(ConvertWkbGeomToFeature(&feature, blob.data(), static_cast<int>(blob.size())));
+    EXPECT_EQ(GEOMETRY_DATA_TYPE_UNKNOWN, feature.GetGeometryType()) << wkt;
+  }
+
+  // Every form SpatiaLite writes passes the count check, compressed or not.
+  for (const char* wkt : {"LINESTRING(0 0, 1 1, 2 0)",
+                          "POLYGON M((0 0 0, 4 0 0, 4 4 0, 0 0 0), (1 1 0, 2 1 0, 2 2 0, 1 1 0))",
+                          "MULTIPOINT M(1 2 3, 4 5 6)",
+                          "MULTILINESTRING ZM((0 0 0 0, 1 1 1 1), (2 2 2 2, 3 3 3 3))"}) {
+    for (const std::string& form : {std::string("GeomFromText('%')"),
+                                    std::string("CompressGeometry(GeomFromText('%'))")}) {
+      std::string expression = form;
+      expression.replace(expression.find('%'), 1, wkt);
+      EXPECT_NE(-1, ClassOf(sql.Blob(expression))) << expression;
+    }
+  }
+
+  ExpectUnreadable(sql.Blob("AsBinary(GeomFromText('POINT Z(1 2 3)', 4326))"), "plain WKB");
+}
+
+TEST(GeometryBlobTest, NullEmptyAndTruncatedBlobsAreUnreadable) {
+  const Bytes blob = Write({Square(0, 0, 1, 0), Square(3, 3, 1, 1)}, 6);
+  ExpectUnreadable(Bytes(), "empty");
+  Parts parts = kHeld;
+  EXPECT_FALSE(ConvertWkbGeomToGeomData(parts, nullptr, 100));
+  for (size_t length = 1; length < blob.size(); ++length) {
+    Bytes cut(blob.begin(), blob.begin() + static_cast<long>(length));
+    ExpectUnreadable(cut, "cut at " + std::to_string(length));
+    cut.back() = GAIA_MARK_END;  // closed again: gaia alone would read part of it
+    ExpectUnreadable(cut, "cut and closed at " + std::to_string(length));
+  }
+}
+
+TEST(GeometryBlobTest, CountsThatWouldMisleadGaiaAreRefused) {
+  // Line: vertex count at 43. Polygon: ring count at 43, first ring's vertex count at 47.
+  const Bytes line = Write({Part({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}})}, 2);
+  const Bytes polygon = Write({Square(0, 0, 1, 0)}, 3);
+  const Bytes multi = Write({Part({{0, 0, 0}, {1, 1, 1}}), Part({{2, 2, 2}, {3, 3, 3}})}, 5);
+  const struct {
+    const Bytes& blob;
+    size_t offset;
+    uint32_t value;
+    const char* what;
+  } cases[] = {
+      {line, 43, 0xFFFFFFFFu, "negative vertex count (gaia crashes on it)"},
+      {line, 43, 0x0AAAAAABu, "vertex count whose size overflows an int"},
+      {line, 43, 4, "one vertex more than stored"},
+      {polygon, 43, 0xFFFFFFFFu, "negative ring count"},
+      {polygon, 43, 0x7FFFFFFFu, "huge ring count"},
+      {polygon, 47, 0xFFFFFFF0u, "negative ring vertex count"},
+      {multi, 39, GAIA_MULTILINESTRING, "entities of another dimension model (gaia overflows)"},
+      {multi, 48, GAIA_LINESTRINGZM, "an entity of another dimension model"},
+      {multi, 39, 1234, "unknown class"},
+  };
+  for (const auto& c : cases) {
+    Bytes bad = c.blob;
+    Poke32(bad, c.offset, c.value);
+    ExpectUnreadable(bad, c.what);
+  }
+  Bytes noMark = multi;
+  noMark[47] = 0;
+  ExpectUnreadable(noMark, "entity without its mark");
+  // Fewer vertices than stored is consistent: the rest of the body is ignored.
+  Bytes shorter = polygon;
+  Poke32(shorter, 47, 2);
+  EXPECT_EQ(Parts{Part({{0, 0, 0}, {1, 0, 0}})}, Read(shorter));
 }
