@@ -39,6 +39,14 @@ using AnnotationLayerInner::Utf8ToLocal;
 
 namespace {
 
+CGeometryData Part(std::initializer_list<CVector3D> vertices) {
+  return CGeometryData(std::vector<CVector3D>(vertices));
+}
+
+CGeometryData Square(double x, double y, double side, double z) {
+  return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
+}
+
 CFeatureStyleSet PenStyle(const QColor& color, double width) {
   CFeatureStyleSet set;
   auto* pen = new CFeaturePenStyle();
@@ -423,7 +431,7 @@ TEST_F(FieldsTest, LayerHeaderListRoundTrip) {
 
 TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
   CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
-  feature.AddPart(CGeometryData(std::vector<CVector3D>{{0, 0, 1}, {4, 0, 1}, {4, 3, 1}, {0, 0, 1}}));
+  feature.AddPart(Part({{0, 0, 1}, {4, 0, 1}, {4, 3, 1}, {0, 0, 1}}));
   feature.SetFieldValue("area", 6.0);
   feature.SetFieldValue("kind", QString("lot"));
   auto pen = std::make_unique<CFeaturePenStyle>();
@@ -448,14 +456,6 @@ TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
 }
 
 namespace {
-
-CGeometryData Part(std::initializer_list<CVector3D> vertices) {
-  return CGeometryData(std::vector<CVector3D>(vertices));
-}
-
-CGeometryData Square(double x, double y, double side, double z) {
-  return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
-}
 
 class GeometryModelTest : public StyleModelTest {
  protected:

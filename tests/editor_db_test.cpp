@@ -115,7 +115,8 @@ TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   EXPECT_TRUE(db.Open("second", &feature));  // already open: the first file stays
   EXPECT_FALSE(FileExists(cache.CacheFile("second_kpt.db")));
   // SpatiaLite splices the geometry column in before the key.
-  const std::string sql = QueryScalar(path, "SELECT sql FROM sqlite_master WHERE name = 'keypoint'");
+  const std::string sql =
+      QueryScalar(path, "SELECT sql FROM sqlite_master WHERE name = 'keypoint'");
   EXPECT_EQ(0u, sql.find("CREATE TABLE 'keypoint' ('id' integer NOT NULL,'polygon_index' integer ,"
                          "'kpt_index' integer ,"))
       << sql;
