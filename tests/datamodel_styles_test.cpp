@@ -486,42 +486,6 @@ TEST_F(GeometryModelTest, StoredGeometryReadsBackWithItsBox) {
   EXPECT_EQ(1u, capture.Lines().size());
 }
 
-TEST_F(GeometryModelTest, SpatialiteSqlReadsWhatTheModelWrote) {
-  const std::string closed = AddFeature(layer_, 3, {Square(116.5, 39.5, 0.25, 30)});
-  const std::string open = AddFeature(layer_, 3, {Part({{0, 0, 1}, {1, 0, 2}, {1, 1, 3}})});
-  const std::string of = " FROM shape WHERE uuid = '";
-  EXPECT_EQ("POLYGON Z((116.5 39.5 30, 116.75 39.5 30, 116.75 39.75 30, 116.5 39.75 30, "
-            "116.5 39.5 30))",
-            Sql("SELECT AsText(geom)" + of + closed + "'"));
-  EXPECT_EQ("1 4326 XYZ POLYGON Z",
-            Sql("SELECT ST_IsValid(geom) || ' ' || SRID(geom) || ' ' || CoordDimension(geom) || "
-                "' ' || GeometryType(geom)" + of + closed + "'"));
-  EXPECT_EQ("116.5", Sql("SELECT xmin FROM idx_shape_geom WHERE pkid = (SELECT ROWID" + of +
-                         closed + "')"));
-  // The open ring is stored open; SpatiaLite reads it but does not call it valid.
-  EXPECT_EQ("POLYGON Z((0 0 1, 1 0 2, 1 1 3)) 0",
-            Sql("SELECT AsText(geom) || ' ' || ST_IsValid(geom)" + of + open + "'"));
-}
-
-TEST_F(GeometryModelTest, NothingStoredReadsAsNothing) {
-  CAnnotationFeature read(GEOMETRY_DATA_TYPE_LINESTRING);
-  EXPECT_FALSE(model_.QueryGeometryData(AddFeature(layer_), &read));
-  EXPECT_FALSE(model_.QueryGeometryData("no such feature", &read));
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_LINESTRING, read.GetGeometryType());
-  EXPECT_EQ(0.0, model_.QueryBoundingBox(AddFeature(layer_)).max_x);
-  // No feature, only empty parts or an unknown kind store a NULL geometry.
-  CAnnotationFeature emptyParts(GEOMETRY_DATA_TYPE_MULTIPOINT);
-  emptyParts.AddPart(CGeometryData());
-  CAnnotationFeature unknownKind(static_cast<E_GEOMETRY_DATA_TYPE>(9));
-  unknownKind.AddPart(Square(0, 0, 1, 0));
-  for (IAnnotationFeature* nothing :
-       std::vector<IAnnotationFeature*>{nullptr, &emptyParts, &unknownKind}) {
-    const std::string uuid = AddFeature(layer_, 1, {Part({{1, 1, 1}})});
-    EXPECT_TRUE(model_.ModifyGeometryData(uuid, nothing));
-    EXPECT_EQ("null", Sql("SELECT typeof(geom) FROM shape WHERE uuid = '" + uuid + "'"));
-  }
-}
-
 TEST_F(GeometryModelTest, CorruptStoredBlobIsUnreadableNotFatal) {
   const std::string uuid = AddFeature(layer_, 2, {Part({{0, 0, 0}, {5, 5, 5}})});
   // A damaged file has no SpatiaLite triggers in the way (they would hand the blob to gaia).

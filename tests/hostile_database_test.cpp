@@ -270,112 +270,26 @@ TEST_F(HostileTest, TruncatedCopy) {
   EXPECT_NE("ok", QueryScalar(truncated, "PRAGMA integrity_check"));
 }
 
-// Copies and moves that lose nothing: GIS layers store only the shape row of each feature (no
-// order, status, style or property rows), and the tree walk, the node cache, copying and deleting
-// must still take every feature as the layer's child; a copy that fails on any row is undone whole
-// and a move then keeps its original.
+// A copy that fails on any row is undone whole, and a move then keeps its original. (GIS layers,
+// whose features have no order rows, are copied, moved and walked whole in cli_journeys_test.)
 namespace {
-
-constexpr int kFeatures = 5;
-
-// Collects the features a walk hands out.
-class FeatureCollector : public IAnnotationDBObjectVisitor {
- public:
-  E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
-                             const std::string& uuid, const CFeatureOption&) override {
-    uuids.push_back(uuid);
-    return HANDLE_TYPE_CONTINUE;
-  }
-  std::vector<std::string> uuids;
-};
 
 class LosslessCopyTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(db_.IsValid());
     ASSERT_TRUE(model_.Install(db_.Path()));
-    folder_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "gis");
+    folder_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "source");
     target_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "target");
-    CAnnotationGroup group("places");
-    for (int i = 0; i < kFeatures; ++i) {
-      auto feature = std::make_unique<CAnnotationFeature>(GEOMETRY_DATA_TYPE_POINT);
-      CGeometryData part;
-      part.PushBack(CVector3D(10 + i, 50, 0));
-      feature->AddPart(part);
-      feature->SetName("p" + std::to_string(i));
-      group.AddFeature(std::move(feature));
-    }
-    CFeatureBatchImporter importer(&model_, folder_);
-    ASSERT_TRUE(importer.BeginImport());
-    ASSERT_TRUE(importer.InsertLayer(&group, LAYER_TYPE_GIS_POINT));
-    for (int i = 0; i < kFeatures; ++i) ASSERT_TRUE(importer.InsertFeature(group.GetFeature(i)));
-    ASSERT_TRUE(importer.EndImport());
-    layer_ = model_.GetLastLayerChildUUID(folder_);
-    ASSERT_EQ(LAYER_TYPE_GIS_POINT, model_.GetLayerType(layer_));
-    CNodeCacheCalculator* calculator = model_.GetNodeCacheCalculator();
-    calculator->Refresh();
-    ASSERT_TRUE(calculator->WaitForFinished(10000));
   }
-
-  std::vector<std::string> Features(const std::string& layer) {
-    FeatureCollector collector;
-    model_.TravelLayerChildren(&collector, layer);
-    return collector.uuids;
-  }
-  int Rows(const std::string& sql) {
-    sqlite3_stmt* stmt = nullptr;
-    sqlite3_prepare_v2(model_.GetConnection(), sql.c_str(), -1, &stmt, nullptr);
-    const int count = sqlite3_step(stmt) == SQLITE_ROW ? sqlite3_column_int(stmt, 0) : -1;
-    sqlite3_finalize(stmt);
-    return count;
-  }
+  int Rows(const std::string& sql) { return std::stoi(QueryScalar(db_.Path(), sql)); }
 
   CTestDatabase db_;
   CSpatialiteDBDataModel model_;
-  std::string folder_, target_, layer_;
+  std::string folder_, target_;
 };
 
 }  // namespace
-
-TEST_F(LosslessCopyTest, EveryFeatureIsWalkedCountedCopiedMovedAndDeleted) {
-  ASSERT_EQ(0, Rows("SELECT COUNT(*) FROM shape_order"));  // as GIS layers store them
-  const std::vector<std::string> features = Features(layer_);
-  ASSERT_EQ(static_cast<size_t>(kFeatures), features.size());
-  EXPECT_EQ(kFeatures, model_.CountChildren(layer_, NODE_KIND_LAYER));
-  for (const std::string& uuid : features) {
-    EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(uuid).IsVisible()) << uuid;
-  }
-  // A copy, a move and a deletion take every feature.
-  CLayerBatchCopier copier(&model_);
-  ASSERT_TRUE(copier.BeginCopy(nullptr));
-  std::string copy;
-  ASSERT_TRUE(copier.CopyNode(layer_, target_, &copy));
-  ASSERT_TRUE(copier.EndCopy());
-  const std::vector<std::string> copies = Features(copy);
-  ASSERT_EQ(static_cast<size_t>(kFeatures), copies.size());
-  EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + copy + "'"));
-  // The originals had no status of their own, which counts as checked: so do the copies.
-  ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-  EXPECT_TRUE(model_.GetNodeCacheCalculator()->GetEntityAttribute(copies[0]).IsVisible());
-
-  CLayerBatchTransfer transfer(&model_, &model_);
-  std::string moved;
-  ASSERT_TRUE(transfer.Transfer(layer_, target_, true, &moved));
-  EXPECT_EQ(static_cast<size_t>(kFeatures), Features(moved).size());
-  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layer_ + "'"));
-
-  CLayerBatchDeleter deleter(&model_);
-  deleter.BeginDelete(false, nullptr);
-  ASSERT_TRUE(deleter.BatchDeleteLayer(moved));
-  deleter.EndDelete();
-  EXPECT_EQ(0, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + moved + "'"));
-  EXPECT_EQ(kFeatures, Rows("SELECT COUNT(*) FROM shape"));  // the copy's
-  // The layer's check state still rules its features.
-  CLayerOption option = model_.QueryLayerOption(copy);
-  option.SetNodeCheckState(0);
-  ASSERT_TRUE(model_.ModifyLayerOption(option));
-  EXPECT_FALSE(model_.GetNodeCacheCalculator()->GetEntityAttribute(copies[0]).IsVisible());
-}
 
 TEST_F(LosslessCopyTest, ACopyFailingOnAnyRowIsUndoneWholeAndAMoveKeepsItsOriginal) {
   std::vector<std::string> layers;

@@ -228,8 +228,9 @@ TEST(JsonValueTest, ReadersTruncateOrGiveZero) {
   EXPECT_EQ("", CJsonValue(12).AsString());
   EXPECT_FALSE(CJsonValue(std::string("12")).AsBool());
   CJsonValue parsed;
-  ASSERT_TRUE(CJsonValue::Parse("{\"t\":true,\"a\":[1]}", parsed));
+  ASSERT_TRUE(CJsonValue::Parse("{\"t\":true,\"f\":0.0,\"a\":[1]}", parsed));
   EXPECT_EQ(1.0, parsed.Get("t").AsDouble());
+  EXPECT_FALSE(parsed.Get("f").AsBool());
   EXPECT_EQ(0, parsed.Get("a").AsInt());
 }
 

@@ -211,6 +211,7 @@ TEST(TypeMappingTest, KindsAndFieldTypesAreNotInverse) {
   }
   EXPECT_EQ(FIELD_OFST_TYPE_INT, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_CHAR)));
   EXPECT_EQ(FIELD_OFST_TYPE_DOUBLE, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_FLOAT)));
+  EXPECT_EQ(FIELD_OFST_TYPE_TEXT, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_TEXT)));
   EXPECT_EQ(FIELD_OFST_TYPE_NONE, MappingFieldType(MappingQtVariantType(FIELD_OFST_TYPE_NONE)));
   EXPECT_FALSE(IsGISLayer(static_cast<E_LAYER_TYPE>(103))) << "the GIS range ends at 102";
 }
