@@ -117,13 +117,13 @@ TEST(VariantTextCodecTest, TextsOfSimpleValuesAndRealsBitForBit) {
   EXPECT_TRUE(std::signbit(negativeNan.toDouble()));
 }
 
-// Strings keep every byte; lists are netstrings, so any content survives.
+// Strings keep every byte; lists are netstrings, so any content survives. (Their round trips
+// through a database are in the user data case of datamodel_styles_test.)
 TEST(VariantTextCodecTest, StringsAndListsKeepEveryByte) {
   const QByteArray bytes("a\0\xff\xD6\xD0,:;\"\\", 10);
   const Encoded e = Encode(QVariant(bytes));
   EXPECT_EQ("string", e.type);
   EXPECT_EQ(std::string(bytes.constData(), 10), e.text);
-  EXPECT_EQ(bytes, RoundTrip(QVariant(bytes)).toByteArray());
   // U+4E2D, an emoji outside the BMP (a surrogate pair) and ASCII, as GB18030 bytes.
   const QString text = QString::fromUtf8("\xE4\xB8\xAD \xF0\x9F\x98\x80 x");
   const Encoded w = Encode(QVariant(text));
