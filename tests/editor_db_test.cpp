@@ -166,11 +166,7 @@ TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   CVector3D out;
   EXPECT_FALSE(assigned.IsOpened());
   EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
-  EXPECT_FALSE(assigned.RemoveKeyPoint(1));
-  EXPECT_FALSE(assigned.ReviseKeyPoint(1, CVector3D()));
   assigned.TravelViaExtent(EXTENT{-100, -100, 100, 100}, 0, visitor);
-  EXPECT_EQ(-1, assigned.QueryPickedKeyPoint(out, CVector3D(), 100));
-  EXPECT_EQ(-1, assigned.QueryClosestKeyPoint(out, EXTENT{-100, -100, 100, 100}, CVector3D()));
   EXPECT_FALSE(assigned.QuerySiblingKeyPoint(out, 1, true));
   EXPECT_FALSE(assigned.CombineToData(&feature));
   EXPECT_TRUE(visitor.ids.empty());
@@ -483,10 +479,8 @@ TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   EXPECT_FALSE(assigned.IsOpened());
   assigned.TravelViaExtent(EXTENT{-180, -90, 180, 90}, 0, visitor);
   EXPECT_TRUE(visitor.records.empty());
-  EXPECT_FALSE(assigned.InsertName(Record("u3", 1, 1)));
   EXPECT_FALSE(assigned.ModifyName(Record("u1", 1, 1)));
   EXPECT_FALSE(assigned.DeleteAll());
-  EXPECT_FALSE(assigned.IsExistName("u1"));
   EXPECT_EQ(CNameRecorder(), assigned.QueryNameRecorder("u1"));
   EXPECT_TRUE(capture.Lines().empty());
 }
