@@ -56,7 +56,7 @@ TEST(TextConversionTest, Cp936RoundTripAndInvalidBytes) {
   EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
 }
 
-// Foreign files and directories are refused by the data model's install (datamodel_lifecycle_test).
+// Foreign files and directories are refused by the data model's install (datamodel_tree_test).
 TEST(SpatialiteHandlerTest, OpeningMetadataAndTransactions) {
   CTempDir dir;
   CSpatialiteHandler handler;
