@@ -1,11 +1,13 @@
-// The key-point editor database: the scratch file's life cycle, refused names, building from a
-// feature, insertion, removal and revision of points, extent traversal, picking, the closest point,
-// stepping through a part, writing the points back, and the logged failures.
+// The scratch databases of the cache directory. The key-point editor database: the file's life
+// cycle, refused names, building from a feature, editing and querying points, writing them back,
+// and the logged failures. The name database and its records: the file's life cycle and the one
+// long transaction, refused uuids, the rows, the extent traversal, and conversion to styles.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -15,10 +17,15 @@
 
 #include "AnnotationFeature.h"
 #include "CacheDirScope.h"
+#include "FeatureLabelStyle.h"
+#include "FeatureStyleSet.h"
+#include "NameRecorder.h"
 #include "PointBlob.h"
 #include "SpatialiteEditorDB.h"
+#include "SpatialiteNameDB.h"
 #include "SqlStatement.h"
 #include "TempDir.h"
+#include "TestDatabase.h"
 #include "TextConversion.h"
 #include "ZuLog.h"
 
@@ -27,9 +34,7 @@ using AnnotationLayerInner::Utf8ToLocal;
 namespace {
 
 struct KeyPointRow {
-  int id = 0;
   int part = 0;
-  int index = 0;
   CVector3D point;
 };
 
@@ -45,41 +50,24 @@ void FillThreeParts(CAnnotationFeature& feature) {
   feature.AddPart(Part({{40, 40, 3}, {50, 40, 3}}));
 }
 
-// Runs `sql` on a second, plain connection to the file.
-bool ExecOnFile(const std::string& path, const std::string& sql) {
-  sqlite3* db = nullptr;
-  bool ok = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
-            sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-  sqlite3_close(db);
-  return ok;
-}
-
-// Every row of the file's keypoint table, in id order, read through a second connection.
-std::vector<KeyPointRow> ReadRows(const std::string& path) {
+// Every row of the file's keypoint table, in id order, read through a second connection (which
+// runs `sql` first when given one).
+std::vector<KeyPointRow> ReadRows(const std::string& path, const char* sql = nullptr) {
   std::vector<KeyPointRow> rows;
   sqlite3* db = nullptr;
-  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-    CSqlStatement stmt(db, "SELECT id, polygon_index, kpt_index, geom FROM keypoint ORDER BY id",
-                       "[ReadRows]:");
+  if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
+    if (sql != nullptr) sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+    CSqlStatement stmt(db, "SELECT polygon_index, geom FROM keypoint ORDER BY id", "");
     while (stmt.StepRow()) {
       KeyPointRow row;
-      row.id = stmt.ColumnInt(0);
-      row.part = stmt.ColumnInt(1);
-      row.index = stmt.ColumnInt(2);
-      EXPECT_TRUE(AnnotationLayerInner::ReadFirstPoint(stmt.ColumnBlob(3), stmt.ColumnBytes(3),
+      row.part = stmt.ColumnInt(0);
+      EXPECT_TRUE(AnnotationLayerInner::ReadFirstPoint(stmt.ColumnBlob(1), stmt.ColumnBytes(1),
                                                        row.point));
       rows.push_back(row);
     }
   }
   sqlite3_close(db);
   return rows;
-}
-
-const KeyPointRow* FindRow(const std::vector<KeyPointRow>& rows, int id) {
-  for (const KeyPointRow& row : rows) {
-    if (row.id == id) return &row;
-  }
-  return nullptr;
 }
 
 // Collects what a traversal visits and stops after `stopAfter` points (never when 0).
@@ -115,74 +103,46 @@ class EditorDBTest : public ::testing::Test {
 
 }  // namespace
 
-// --- File life cycle ------------------------------------------------------------------------
-
 TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   CCacheDirScope cache;
   const std::string path = cache.CacheFile("shape_kpt.db");
   ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
   CAnnotationFeature feature;
   FillThreeParts(feature);
-  CAnnotationFeature other(GEOMETRY_DATA_TYPE_POINT);
-  other.AddPart(Part({{1, 1, 1}}));
   CSpatialiteEditorDB db;
-  EXPECT_FALSE(db.IsOpened());
   ASSERT_TRUE(db.Open("shape", &feature));
   EXPECT_TRUE(db.IsOpened());
-  EXPECT_TRUE(db.Open("second", &other));  // already open: the first file stays
+  EXPECT_TRUE(db.Open("second", &feature));  // already open: the first file stays
   EXPECT_FALSE(FileExists(cache.CacheFile("second_kpt.db")));
-
-  sqlite3* raw = nullptr;
-  ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr));
-  {
-    CSqlStatement table(raw, "SELECT sql FROM sqlite_master WHERE name = 'keypoint'", "[t]:");
-    ASSERT_TRUE(table.StepRow());
-    // SpatiaLite splices the geometry column in before the key.
-    const std::string sql = table.ColumnText(0, false);
-    EXPECT_EQ(0u, sql.find("CREATE TABLE 'keypoint' ('id' integer NOT NULL,'polygon_index' integer ,"
-                           "'kpt_index' integer ,"))
-        << sql;
-    EXPECT_EQ(sql.size() - 19, sql.find("PRIMARY KEY ('id'))")) << sql;
-    CSqlStatement column(raw,
-                         "SELECT geometry_type, srid, (SELECT COUNT(*) FROM idx_keypoint_geom) "
-                         "FROM geometry_columns WHERE f_table_name = 'keypoint'",
-                         "[t]:");
-    ASSERT_TRUE(column.StepRow());
-    EXPECT_EQ(1001, column.ColumnInt(0));
-    EXPECT_EQ(4326, column.ColumnInt(1));
-    EXPECT_EQ(9, column.ColumnInt(2));
-  }
-  sqlite3_close(raw);
-
+  // SpatiaLite splices the geometry column in before the key.
+  const std::string sql =
+      QueryScalar(path, "SELECT sql FROM sqlite_master WHERE name = 'keypoint'");
+  EXPECT_EQ(0u, sql.find("CREATE TABLE 'keypoint' ('id' integer NOT NULL,'polygon_index' integer ,"
+                         "'kpt_index' integer ,"))
+      << sql;
+  EXPECT_EQ(sql.size() - 19, sql.find("PRIMARY KEY ('id'))")) << sql;
+  EXPECT_EQ("1001 4326 9", QueryScalar(path, "SELECT geometry_type || ' ' || srid || ' ' || "
+                                             "(SELECT COUNT(*) FROM idx_keypoint_geom) FROM "
+                                             "geometry_columns WHERE f_table_name = 'keypoint'"));
   EXPECT_TRUE(db.Close());
   EXPECT_FALSE(db.IsOpened());
   EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(db.Close());  // nothing open any more
-}
 
-TEST(EditorDBFileTest, DestroyingWithoutCloseLeavesTheFileForTheNextOpen) {
-  CCacheDirScope cache;
-  // A name in the local code page lands on disk as UTF-8.
+  // Destroyed without Close, a handle leaves the file; the next Open replaces it. A name in the
+  // local code page lands on disk as UTF-8.
   const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
-  const std::string path = cache.CacheFile(utf8Name + "_kpt.db");
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
   {
-    CSpatialiteEditorDB db;
-    ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &feature));
+    CSpatialiteEditorDB dropped;
+    ASSERT_TRUE(dropped.Open(Utf8ToLocal(utf8Name), &feature));
   }
-  EXPECT_EQ(9u, ReadRows(path).size());
-
+  EXPECT_EQ(9u, ReadRows(cache.CacheFile(utf8Name + "_kpt.db")).size());
   CAnnotationFeature single(GEOMETRY_DATA_TYPE_POINT);
   single.AddPart(Part({{7, 7, 7}}));
-  CSpatialiteEditorDB db;
   ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &single));
-  const std::vector<KeyPointRow> rows = ReadRows(path);
+  const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile(utf8Name + "_kpt.db"));
   ASSERT_EQ(1u, rows.size());
-  EXPECT_EQ(1, rows[0].id);
   EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
-  db.Close();
-  EXPECT_FALSE(FileExists(path));
 }
 
 TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
@@ -196,8 +156,6 @@ TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   assigned = *copy;
   assigned = assigned;
   ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
-  CVector3D out;
-  EXPECT_EQ(10, db.QueryPickedKeyPoint(out, CVector3D(60, 40, 0), 0.5));
   copy.reset();  // the others keep the connection and its cached statements
   EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
   ASSERT_TRUE(db.Close());  // closes it for every handle
@@ -205,38 +163,33 @@ TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   // Everything on a closed database fails without a log line.
   CZuLogCapture capture;
   CCollectingVisitor visitor;
+  CVector3D out;
   EXPECT_FALSE(assigned.IsOpened());
   EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
   assigned.TravelViaExtent(EXTENT{-100, -100, 100, 100}, 0, visitor);
-  EXPECT_EQ(-1, assigned.QueryPickedKeyPoint(out, CVector3D(), 100));
+  EXPECT_FALSE(assigned.QuerySiblingKeyPoint(out, 1, true));
   EXPECT_FALSE(assigned.CombineToData(&feature));
   EXPECT_TRUE(visitor.ids.empty());
-  EXPECT_EQ(3, feature.GetPartCount());
   EXPECT_TRUE(capture.Lines().empty());
 }
 
+// The name check is shared with the name database; the full list of refused names is here.
 TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   CCacheDirScope cache;
-  // Files where a careless path would land: beside the cache directory and at its root.
+  // A file where a careless path would land, beside the cache directory.
   const std::string outside = cache.DataDir() + "x_kpt.db";
   ASSERT_TRUE(WriteFileBytes(outside, "keep"));
   CAnnotationFeature feature;
   FillThreeParts(feature);
-  const std::string absolute = cache.DataDir() + "abs";
-  const std::vector<std::string> names = {"../x", absolute, "sub/x", "..\\x", "", "a\\b",
-                                          std::string("x\0y", 3)};
-  for (const std::string& name : names) {
+  for (const std::string& name :
+       {std::string("../x"), std::string("..\\x"), std::string(""), std::string("x\0y", 3)}) {
     CZuLogCapture capture;
     CSpatialiteEditorDB db;
     EXPECT_FALSE(db.Open(name, &feature)) << name;
-    EXPECT_FALSE(db.IsOpened());
     EXPECT_EQ(1, capture.Count("[CSpatialiteEditorDB::Open]:")) << name;
-    EXPECT_EQ(1u, capture.Lines().size()) << name;
   }
   EXPECT_EQ("keep", ReadFileBytes(outside));
-  EXPECT_FALSE(FileExists(absolute + "_kpt.db"));
   EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
-
   // ".." without a separator is an ordinary file name inside the cache directory.
   CSpatialiteEditorDB dots;
   ASSERT_TRUE(dots.Open("..", &feature));
@@ -256,10 +209,7 @@ TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   EXPECT_FALSE(db.IsOpened());
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
   EXPECT_FALSE(FileExists(cache.CacheDir()));
-  EXPECT_TRUE(db.Close());
 }
-
-// --- Building and editing ----------------------------------------------------------------------
 
 TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumberUntilWrittenBack) {
   CCacheDirScope cache;
@@ -272,49 +222,21 @@ TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumberUntilWrittenBack) {
   const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile("gap_kpt.db"));
   ASSERT_EQ(3u, rows.size());
   EXPECT_EQ(2, rows[2].part);
-  EXPECT_EQ(0, rows[2].index);
   ASSERT_TRUE(db.CombineToData(&feature));
   ASSERT_EQ(2, feature.GetPartCount());
   EXPECT_EQ(Part({{3, 3, 0}}), feature.GetPart(1));
   db.Close();
 
-  // A feature without geometry, or none at all, opens an empty database.
-  CAnnotationFeature empty(GEOMETRY_DATA_TYPE_POLYGON);
-  for (IAnnotationFeature* source : {static_cast<IAnnotationFeature*>(&empty),
-                                     static_cast<IAnnotationFeature*>(nullptr)}) {
-    ASSERT_TRUE(db.Open("empty", source));
-    EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
-    CVector3D out;
-    EXPECT_EQ(-1, db.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), 100));
-    EXPECT_TRUE(db.CombineToData(&empty));
-    EXPECT_EQ(0, empty.GetPartCount());
-    EXPECT_EQ(GEOMETRY_DATA_TYPE_POLYGON, empty.GetGeometryType());
-    db.Close();
-  }
+  // No feature at all opens an empty database, which writes back no parts.
+  ASSERT_TRUE(db.Open("empty", nullptr));
+  EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
+  EXPECT_TRUE(db.CombineToData(&feature));
+  EXPECT_EQ(0, feature.GetPartCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, feature.GetGeometryType());
+  db.Close();
 }
 
-TEST_F(EditorDBTest, InsertShiftsTheLaterPointsOfThePartOnly) {
-  ASSERT_EQ(10, db_.InsertKeyPoint(1, CVector3D(5, 0, 1)));
-  EXPECT_EQ(11, db_.InsertKeyPoint(9, CVector3D(60, 40, 3)));  // after the last point
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  // Id and expected position: part 0 moved up behind the new point, the others stayed.
-  const std::pair<int, int> positions[] = {{1, 0}, {10, 1}, {2, 2}, {3, 3}, {4, 4},
-                                           {5, 0}, {7, 2},  {9, 1}, {11, 2}};
-  for (const auto& [id, index] : positions) EXPECT_EQ(index, FindRow(rows, id)->index) << id;
-  EXPECT_EQ(2, FindRow(rows, 11)->part);
-  EXPECT_EQ(CVector3D(60, 40, 3), FindRow(rows, 11)->point);
-
-  CZuLogCapture capture;
-  EXPECT_EQ(-1, db_.InsertKeyPoint(-1, CVector3D()));
-  EXPECT_TRUE(capture.Lines().empty());
-  EXPECT_EQ(-1, db_.InsertKeyPoint(99, CVector3D()));
-  EXPECT_EQ(1, capture.Count("[InsertKeyPoint_Query]:"));
-  EXPECT_EQ(11u, ReadRows(Path()).size());
-}
-
-// --- Queries ----------------------------------------------------------------------------------
-
-TEST_F(EditorDBTest, TravelViaExtentVisitsStrictlyInsideAndHonoursLimitAndStop) {
+TEST_F(EditorDBTest, QueriesUseStrictBoxesLimitsAndTheLastRow) {
   CCollectingVisitor all;
   db_.TravelViaExtent(EXTENT{-1, -1, 11, 11}, 0, all);
   EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), all.ids);
@@ -334,55 +256,38 @@ TEST_F(EditorDBTest, TravelViaExtentVisitsStrictlyInsideAndHonoursLimitAndStop) 
     db_.TravelViaExtent(c.extent, c.limit, visitor);
     EXPECT_EQ(c.visited, visitor.ids.size()) << c.limit << " " << c.stopAfter;
   }
-}
 
-TEST_F(EditorDBTest, PickUsesAStrictSquareAndTheLastRowWins) {
   CVector3D out(-1, -1, -1);
   EXPECT_EQ(3, db_.QueryPickedKeyPoint(out, CVector3D(9.5, 9.5, 500), 1));  // z ignored
   EXPECT_EQ(CVector3D(10, 10, 1), out);
   // (10, 10) sits exactly on the edge of the square around (9, 9) with half side 1.
-  out = CVector3D(-1, -1, -1);
   EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(9, 9, 0), 1));
-  EXPECT_EQ(CVector3D(-1, -1, -1), out);
-  EXPECT_EQ(3, db_.QueryPickedKeyPoint(out, CVector3D(9, 9, 0), 1.5));
-
+  // The closest point by its index corner, inside the extent only, however close others are.
+  EXPECT_EQ(2, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11}, CVector3D(9, 1, 0)));
+  EXPECT_EQ(CVector3D(10, 0, 1), out);
+  EXPECT_EQ(7, db_.QueryClosestKeyPoint(out, EXTENT{25, 25, 100, 100}, CVector3D(0, 0, 0)));
+  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, EXTENT{0, 0, 10, 10}, CVector3D(5, 5, 0)));
   // Two points in the square: the later row is the answer.
   ASSERT_EQ(10, db_.InsertKeyPoint(1, CVector3D(0.5, 0.5, 9)));
   EXPECT_EQ(10, db_.QueryPickedKeyPoint(out, CVector3D(0.25, 0.25, 0), 1));
   EXPECT_EQ(CVector3D(0.5, 0.5, 9), out);
-  EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(0.25, 0.25, 0), -1));  // empty square
-}
 
-TEST_F(EditorDBTest, ClosestPointByIndexCornerInsideTheExtent) {
-  CVector3D out;
-  EXPECT_EQ(2, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11}, CVector3D(9, 1, 0)));
-  EXPECT_EQ(CVector3D(10, 0, 1), out);
-  EXPECT_EQ(4, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11}, CVector3D(-50, 50, 0)));
-  EXPECT_EQ(CVector3D(0, 10, 1), out);
-  // Outside the extent nothing counts, however close.
-  EXPECT_EQ(7, db_.QueryClosestKeyPoint(out, EXTENT{25, 25, 100, 100}, CVector3D(0, 0, 0)));
-  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, EXTENT{0, 0, 10, 10}, CVector3D(5, 5, 0)));
-}
-
-TEST_F(EditorDBTest, BadNumbersFailWithTheirTags) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   CZuLogCapture capture;
   CCollectingVisitor visitor;
   db_.TravelViaExtent(EXTENT{nan, 0, 10, 10}, 0, visitor);
   EXPECT_TRUE(visitor.ids.empty());
   EXPECT_EQ(1, capture.Count("[EditorDB::TravelViaExtent]:"));
-  CVector3D out;
   EXPECT_EQ(-1, db_.QueryPickedKeyPoint(out, CVector3D(0, 0, 0), nan));
-  EXPECT_EQ(-1, db_.QueryClosestKeyPoint(out, EXTENT{-1, -1, 11, 11},
-                                         CVector3D(std::numeric_limits<double>::infinity(), 0, 0)));
-  EXPECT_EQ(2, capture.Count("[QueryPickedKeyPoint_intersected]:"));
-  EXPECT_EQ(3u, capture.Lines().size());
+  EXPECT_EQ(1, capture.Count("[QueryPickedKeyPoint_intersected]:"));
 }
 
 TEST_F(EditorDBTest, LostTableFailsEveryOperationWithItsTag) {
-  ASSERT_TRUE(ExecOnFile(Path(), "DROP TABLE keypoint"));
+  {
+    CZuLogCapture quiet;  // the read after the drop fails
+    ASSERT_TRUE(ReadRows(Path(), "DROP TABLE keypoint").empty());
+  }
   CVector3D out;
-  const int partsBefore = feature_.GetPartCount();
   const std::pair<const char*, std::function<bool()>> calls[] = {
       {"[InsertKeyPoint_Query]:", [&] { return db_.InsertKeyPoint(1, CVector3D()) != -1; }},
       {"[RemoveKeyPoint]:", [&] { return db_.RemoveKeyPoint(1); }},
@@ -394,51 +299,42 @@ TEST_F(EditorDBTest, LostTableFailsEveryOperationWithItsTag) {
     EXPECT_FALSE(call()) << tag;
     EXPECT_EQ(1, capture.Count(tag));
   }
-  EXPECT_EQ(partsBefore, feature_.GetPartCount());
-  EXPECT_TRUE(db_.Close());
-  EXPECT_FALSE(FileExists(Path()));
+  EXPECT_EQ(3, feature_.GetPartCount());
 }
 
-// --- Writing back -----------------------------------------------------------------------------
-
 TEST_F(EditorDBTest, FullEditingSession) {
-  // Insert a vertex on the first edge, drop the middle vertex of part 1, move the first vertex of
-  // part 2, then find and step through the result.
+  // Insert a vertex on the first edge and one after the last, drop the middle vertex of part 1,
+  // move the first vertex of part 2, then find and step through the result.
   const int inserted = db_.InsertKeyPoint(1, CVector3D(5, 0, 1));
   ASSERT_EQ(10, inserted);
+  EXPECT_EQ(11, db_.InsertKeyPoint(9, CVector3D(60, 40, 3)));
   ASSERT_TRUE(db_.RemoveKeyPoint(6));
   EXPECT_TRUE(db_.RemoveKeyPoint(6));  // nothing left to delete, the statement still succeeds
   EXPECT_FALSE(db_.RemoveKeyPoint(-3));
   ASSERT_TRUE(db_.ReviseKeyPoint(8, CVector3D(45, 45, 3)));
   CZuLogCapture capture;
   EXPECT_FALSE(db_.ReviseKeyPoint(8, CVector3D()));  // moved under a new id
-  EXPECT_EQ(1, capture.Count("[ReviseKeyPoint_Query]:"));
-  EXPECT_FALSE(db_.ReviseKeyPoint(-5, CVector3D()));
+  EXPECT_EQ(-1, db_.InsertKeyPoint(-1, CVector3D()));
   EXPECT_EQ(1u, capture.Lines().size());
-  const std::vector<KeyPointRow> rows = ReadRows(Path());
-  EXPECT_EQ(2, FindRow(rows, 7)->index);  // removal renumbers nothing
-  EXPECT_EQ(0, FindRow(rows, 11)->index);
 
   CVector3D out;
   const int moved = db_.QueryPickedKeyPoint(out, CVector3D(45, 45, 0), 0.5);
-  EXPECT_EQ(11, moved);
-  EXPECT_EQ(CVector3D(45, 45, 3), out);
+  EXPECT_EQ(12, moved);
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, moved, true));
   EXPECT_EQ(CVector3D(50, 40, 3), out);
   EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, moved, false));  // no wrap-around, within a part
   EXPECT_FALSE(db_.QuerySiblingKeyPoint(out, 4, true));       // last of part 0, part 1 follows
-  ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, true));
-  EXPECT_EQ(CVector3D(10, 0, 1), out);
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, inserted, false));
   EXPECT_EQ(CVector3D(0, 0, 1), out);
   ASSERT_TRUE(db_.QuerySiblingKeyPoint(out, 5, true));  // over the gap
   EXPECT_EQ(CVector3D(30, 30, 2), out);
 
+  // The order of the parts written back is the order of the point indexes.
   ASSERT_TRUE(db_.CombineToData(&feature_));
   ASSERT_EQ(3, feature_.GetPartCount());
   EXPECT_EQ(Part({{0, 0, 1}, {5, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}), feature_.GetPart(0));
   EXPECT_EQ(Part({{20, 20, 2}, {30, 30, 2}}), feature_.GetPart(1));
-  EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}}), feature_.GetPart(2));
+  EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}, {60, 40, 3}}), feature_.GetPart(2));
   EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, feature_.GetGeometryType());
 
   // A part left without points disappears and the later parts close up; the target's own parts
@@ -449,7 +345,240 @@ TEST_F(EditorDBTest, FullEditingSession) {
   target.AddPart(Part({{99, 99, 99}}));
   ASSERT_TRUE(db_.CombineToData(&target));
   ASSERT_EQ(2, target.GetPartCount());
-  EXPECT_EQ(feature_.GetPart(0), target.GetPart(0));
   EXPECT_EQ(feature_.GetPart(2), target.GetPart(1));
   EXPECT_FALSE(db_.CombineToData(nullptr));
+}
+
+namespace {
+
+CNameRecorder Record(const std::string& uuid, double x, double y, double z = 0) {
+  CNameRecorder record;
+  record.uuid = uuid;
+  record.name = "name of " + uuid;
+  record.data = "data of " + uuid;
+  record.style = "{\"label\":{\"f\":\"Arial\",\"s\":12}}";
+  record.position = CVector3D(x, y, z);
+  return record;
+}
+
+// Rows of the file's name table, counted through a second connection: what has been committed.
+int CommittedRows(const std::string& path) {
+  const std::string count = QueryScalar(path, "SELECT COUNT(*) FROM name");
+  return count.empty() ? -1 : std::stoi(count);
+}
+
+class CCollectingNameVisitor : public CSpatialiteNameDB::INameVisitor {
+ public:
+  explicit CCollectingNameVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
+  bool VisitName(const CNameRecorder& record) override {
+    records.push_back(record);
+    return stopAfter_ > 0 && static_cast<int>(records.size()) >= stopAfter_;
+  }
+  std::vector<CNameRecorder> records;
+
+ private:
+  int stopAfter_;
+};
+
+class NameDBTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(db_.Open("labels")); }
+  void TearDown() override { db_.Close(); }
+
+  std::string Path() const { return cache_.CacheFile("name_cluster_labels.db"); }
+
+  CCacheDirScope cache_;
+  CSpatialiteNameDB db_;
+};
+
+}  // namespace
+
+TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
+  CNameRecorder record;
+  record.style = "{\"label\":{\"f\":\"SimHei\"}}";
+  CFeatureStyleSet styles;
+  ASSERT_TRUE(record.ConvertToStyle(&styles));
+  ASSERT_EQ(1, styles.GetCount());
+  EXPECT_EQ("SimHei", dynamic_cast<const CFeatureLabelStyle&>(*styles.At(0)).GetFontName());
+  EXPECT_FALSE(record.ConvertToStyle(nullptr));
+  record.style = "not json";
+  CFeatureStyleSet untouched;
+  EXPECT_FALSE(record.ConvertToStyle(&untouched));
+  EXPECT_TRUE(untouched.IsEmpty());
+}
+
+TEST(NameDBFileTest, OpenRecreatesTheFileAndOnlyCloseCommits) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_a.db");
+  ASSERT_TRUE(WriteFileBytes(path, std::string(4096, 'x')));  // not a database at all
+  CSpatialiteNameDB db;
+  EXPECT_FALSE(db.IsOpened());
+  ASSERT_TRUE(db.Open("a"));
+  EXPECT_TRUE(db.IsOpened());
+  ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+  ASSERT_TRUE(db.InsertName(Record("u2", 2, 2)));
+  EXPECT_TRUE(db.Open("second"));  // already open: the first file stays
+  EXPECT_FALSE(FileExists(cache.CacheFile("name_cluster_second.db")));
+  EXPECT_EQ(0, CommittedRows(path));
+  EXPECT_TRUE(db.Close());
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_EQ(2, CommittedRows(path));
+  EXPECT_TRUE(db.Close());
+  // SpatiaLite splices the geometry column in before the key.
+  const std::string sql = QueryScalar(path, "SELECT sql FROM sqlite_master WHERE name = 'name'");
+  EXPECT_EQ(0u, sql.find("CREATE TABLE 'name' ('uuid' varchar(32) NOT NULL,'name' varchar(32),"
+                         "'data' varchar(128),'style' text(65535),"))
+      << sql;
+  EXPECT_EQ(sql.size() - 21, sql.find("PRIMARY KEY ('uuid'))")) << sql;
+  EXPECT_EQ("1001 4326", QueryScalar(path, "SELECT geometry_type || ' ' || srid FROM "
+                                           "geometry_columns WHERE f_table_name = 'name'"));
+
+  ASSERT_TRUE(db.Open("a"));
+  EXPECT_FALSE(db.IsExistName("u1"));
+  ASSERT_TRUE(db.InsertName(Record("u1", 1, 1)));
+  {
+    CSpatialiteNameDB dropped = db;  // the last handle going without Close keeps nothing
+    db = CSpatialiteNameDB();
+  }
+  EXPECT_EQ(0, CommittedRows(path));
+}
+
+TEST(NameDBFileDeathTest, ProcessEndingWithoutCloseLeavesAnEmptyTable) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_ended.db");
+  // The child process exits at once, with the transaction open and no destructor run.
+  EXPECT_EXIT(
+      {
+        CSpatialiteNameDB db;
+        if (!db.Open("ended") || !db.InsertName(Record("u1", 1, 1))) std::_Exit(3);
+        std::_Exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+  ASSERT_TRUE(FileExists(path));
+  EXPECT_EQ(0, CommittedRows(path));
+}
+
+TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
+  CCacheDirScope cache;
+  const std::string path = cache.CacheFile("name_cluster_shared.db");
+  CSpatialiteNameDB db;
+  ASSERT_TRUE(db.Open("shared"));
+  auto copy = std::make_unique<CSpatialiteNameDB>(db);
+  CSpatialiteNameDB assigned;
+  assigned = *copy;
+  assigned = assigned;
+  ASSERT_TRUE(copy->InsertName(Record("u1", 1, 1)));
+  EXPECT_TRUE(db.IsExistName("u1"));  // one connection, one transaction
+  copy.reset();
+  ASSERT_TRUE(assigned.InsertName(Record("u2", 2, 2)));
+  ASSERT_TRUE(db.Close());  // commits and closes for every handle
+  EXPECT_EQ(2, CommittedRows(path));
+  // Everything on a closed database fails without a log line.
+  CZuLogCapture capture;
+  CCollectingNameVisitor visitor;
+  EXPECT_FALSE(assigned.IsOpened());
+  assigned.TravelViaExtent(EXTENT{-180, -90, 180, 90}, 0, visitor);
+  EXPECT_TRUE(visitor.records.empty());
+  EXPECT_FALSE(assigned.ModifyName(Record("u1", 1, 1)));
+  EXPECT_FALSE(assigned.DeleteAll());
+  EXPECT_EQ(CNameRecorder(), assigned.QueryNameRecorder("u1"));
+  EXPECT_TRUE(capture.Lines().empty());
+}
+
+// The name check is the editor database's, whose test above has the full list.
+TEST(NameDBFileTest, RefusedNamesAndAMissingCacheDirectoryTouchNoFile) {
+  CCacheDirScope cache;
+  // "name_cluster_" + "/../x" would reach the data directory.
+  for (const std::string& name : {std::string("/../x"), std::string("")}) {
+    CZuLogCapture capture;
+    CSpatialiteNameDB db;
+    EXPECT_FALSE(db.Open(name)) << name;
+    EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::Open]:")) << name;
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
+  std::filesystem::remove(cache.CacheDir());
+  CZuLogCapture capture;
+  CSpatialiteNameDB db;
+  EXPECT_FALSE(db.Open("nowhere"));
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
+  EXPECT_FALSE(FileExists(cache.CacheDir()));
+}
+
+TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
+  CNameRecorder record = Record("u1", 116.25, 39.5, 48.75);
+  record.name = Utf8ToLocal("\xe5\x8c\x97\xe4\xba\xac");  // "北京"
+  ASSERT_TRUE(db_.InsertName(record));
+  ASSERT_TRUE(db_.InsertName(Record("u2", 2, 2)));
+  EXPECT_EQ(record, db_.QueryNameRecorder("u1"));
+  // An unknown uuid gives a record holding only that uuid.
+  CNameRecorder expected;
+  expected.uuid = "nobody";
+  EXPECT_EQ(expected, db_.QueryNameRecorder("nobody"));
+  EXPECT_FALSE(db_.IsExistName("nobody"));
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.InsertName(Record("u1", 5, 5)));  // a duplicate
+  EXPECT_EQ(1, capture.Count("[InsertName]:"));
+
+  CNameRecorder changed = Record("u1", 7, 8, 9);
+  ASSERT_TRUE(db_.ModifyName(changed));
+  EXPECT_EQ(changed, db_.QueryNameRecorder("u1"));
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(EXTENT{0, 0, 1.5, 1.5}, 0, visitor);  // the index follows the move
+  EXPECT_TRUE(visitor.records.empty());
+  ASSERT_TRUE(db_.ModifyName(Record("fresh", 3, 3)));
+  EXPECT_TRUE(db_.IsExistName("fresh"));
+  EXPECT_TRUE(db_.DeleteName("u2"));
+  EXPECT_FALSE(db_.IsExistName("u2"));
+  EXPECT_TRUE(db_.DeleteName("u2"));  // no row matched; the statement still ran
+  EXPECT_TRUE(db_.DeleteAll());
+  EXPECT_FALSE(db_.IsExistName("u1"));
+  ASSERT_TRUE(db_.InsertName(record));
+  db_.Close();
+  EXPECT_EQ("\xe5\x8c\x97\xe4\xba\xac", QueryScalar(Path(), "SELECT name FROM name"));
+}
+
+TEST_F(NameDBTest, UuidsWithAQuoteAreRefused) {
+  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
+  const std::string injected = "x' OR '1'='1";
+  CZuLogCapture capture;
+  EXPECT_FALSE(db_.ModifyName(Record(injected, 3, 3)));
+  EXPECT_EQ(1, capture.Count("[DeleteName]:"));
+  EXPECT_FALSE(db_.IsExistName(injected));
+  EXPECT_EQ(1, capture.Count("[IsExistNode-Feature]:"));
+  EXPECT_EQ(CNameRecorder(), db_.QueryNameRecorder(injected));
+  EXPECT_EQ(1, capture.Count("[QueryNameRecorder]:"));
+  EXPECT_FALSE(db_.InsertName(Record("it's", 3, 3)));
+  EXPECT_EQ(1, capture.Count("[InsertName]:"));
+  EXPECT_TRUE(db_.IsExistName("u1"));
+}
+
+// SpatiaLite 5.0's WKT reader takes the ring without its closing corner, so the traversal runs as
+// written rather than logging the rejected ring.
+TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadExtent) {
+  ASSERT_TRUE(db_.InsertName(Record("in1", 1, 1, 5)));
+  ASSERT_TRUE(db_.InsertName(Record("in2", 2, 3)));
+  ASSERT_TRUE(db_.InsertName(Record("out", 20, 20)));
+  ASSERT_TRUE(db_.InsertName(Record("edge", 4, 2)));  // on the extent's right edge
+  CCollectingNameVisitor visitor;
+  db_.TravelViaExtent(EXTENT{0, 0, 4, 4}, 0, visitor);
+  ASSERT_EQ(2u, visitor.records.size());
+  EXPECT_EQ("in2", visitor.records[1].uuid);
+  // Only uuid and position travel.
+  CNameRecorder expected;
+  expected.uuid = "in1";
+  expected.position = CVector3D(1, 1, 5);
+  EXPECT_EQ(expected, visitor.records[0]);
+  // Limit (none when 0 or negative), stop after the first.
+  const int cases[][3] = {{-2, 0, 4}, {3, 0, 3}, {0, 1, 1}};
+  for (const auto& c : cases) {
+    CCollectingNameVisitor limited(c[1]);
+    db_.TravelViaExtent(EXTENT{-1, -1, 30, 30}, c[0], limited);
+    EXPECT_EQ(static_cast<size_t>(c[2]), limited.records.size()) << c[0] << " " << c[1];
+  }
+  CZuLogCapture capture;
+  CCollectingNameVisitor none;
+  db_.TravelViaExtent(EXTENT{std::numeric_limits<double>::quiet_NaN(), 0, 4, 4}, 0, none);
+  EXPECT_TRUE(none.records.empty());
+  EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::TravelViaExtent]:"));
 }

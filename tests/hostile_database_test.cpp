@@ -6,6 +6,10 @@
 
 #include <sqlite3.h>
 
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
 #include "EnclosureOption.h"
@@ -15,9 +19,11 @@
 #include "FolderOption.h"
 #include "LayerBatchCopier.h"
 #include "LayerBatchDeleter.h"
+#include "LayerBatchTransfer.h"
 #include "LayerOption.h"
 #include "NodeCacheCalculator.h"
 #include "NodeOrderRebuilder.h"
+#include "PointGrid.h"
 #include "SpatialiteDBDataModel.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
@@ -35,16 +41,17 @@ class Counter : public IAnnotationDBObjectVisitor {
  public:
   E_HANDLE_TYPE ApplyFolder(IAnnotationDBDataModel*, const std::list<std::string>&,
                             const std::string&, const CFolderOption&) override {
-    ++nodes;
-    return HANDLE_TYPE_CONTINUE;
+    return Count();
   }
   E_HANDLE_TYPE ApplyLayer(IAnnotationDBDataModel*, const std::list<std::string>&,
                            const std::string&, const CLayerOption&) override {
-    ++nodes;
-    return HANDLE_TYPE_CONTINUE;
+    return Count();
   }
   E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
                              const std::string&, const CFeatureOption&) override {
+    return Count();
+  }
+  E_HANDLE_TYPE Count() {
     ++nodes;
     return HANDLE_TYPE_CONTINUE;
   }
@@ -72,16 +79,9 @@ bool DriveEverything(const std::string& path) {
   model.IsEmpty();
   model.Travel(&counter);
   model.TravelFolder(&counter, root);
-  EXTENT all;
-  all.min_x = -180;
-  all.min_y = -90;
-  all.max_x = 180;
-  all.max_y = 90;
+  const EXTENT all{-180, -90, 180, 90};
   model.TravelViaExtent(&counter, all, 100);
-  CGeometryData ring;
-  ring.PushBack(CVector3D(-180, -90, 0));
-  ring.PushBack(CVector3D(180, -90, 0));
-  ring.PushBack(CVector3D(180, 90, 0));
+  const CGeometryData ring(std::vector<CVector3D>{{-180, -90, 0}, {180, -90, 0}, {180, 90, 0}});
   model.TravelViaExtent(&counter, ring, 100);
   model.TravelViaSQL(&counter, NODE_KIND_LAYER, "1");
   model.CountExtentFeature(all);
@@ -157,9 +157,7 @@ bool DriveEverything(const std::string& path) {
   if (importer.BeginImport()) {
     importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
     CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
-    CGeometryData part;
-    part.PushBack(CVector3D(1, 2, 3));
-    feature.AddPart(part);
+    feature.AddPart(CGeometryData(std::vector<CVector3D>{{1, 2, 3}}));
     feature.SetGroup(&group);
     importer.InsertFeature(&feature);
     importer.EndImport();
@@ -270,4 +268,54 @@ TEST_F(HostileTest, TruncatedCopy) {
   // The header survives, so SQLite opens the file; every read past the cut fails cleanly.
   DriveEverything(truncated);
   EXPECT_NE("ok", QueryScalar(truncated, "PRAGMA integrity_check"));
+}
+
+// A copy that fails on any row is undone whole, and a move then keeps its original. (GIS layers,
+// whose features have no order rows, are copied, moved and walked whole in cli_journeys_test.)
+namespace {
+
+class LosslessCopyTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(db_.IsValid());
+    ASSERT_TRUE(model_.Install(db_.Path()));
+    folder_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "source");
+    target_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "target");
+  }
+  int Rows(const std::string& sql) { return std::stoi(QueryScalar(db_.Path(), sql)); }
+
+  CTestDatabase db_;
+  CSpatialiteDBDataModel model_;
+  std::string folder_, target_;
+};
+
+}  // namespace
+
+TEST_F(LosslessCopyTest, ACopyFailingOnAnyRowIsUndoneWholeAndAMoveKeepsItsOriginal) {
+  std::vector<std::string> layers;
+  ASSERT_TRUE(ImportPointGrid(&model_, folder_, "styled", SPointGrid{3, 1}, 50, &layers));
+  CLayerBatchCopier copier(&model_);
+  ASSERT_TRUE(copier.BeginCopy(nullptr));
+  ASSERT_TRUE(copier.CopyNode(layers[0], target_));
+  // From now on no geometry can be written (the trigger goes with a rollback, so it is made again).
+  const auto noRoom = [this] {
+    return sqlite3_exec(model_.GetConnection(),
+                        "CREATE TEMP TRIGGER IF NOT EXISTS no_room BEFORE UPDATE OF geom ON shape "
+                        "BEGIN SELECT RAISE(ABORT, 'no room'); END",
+                        nullptr, nullptr, nullptr);
+  };
+  ASSERT_EQ(SQLITE_OK, noRoom());
+  CZuLogCapture log;
+  EXPECT_FALSE(copier.CopyNode(layers[0], target_));
+  EXPECT_GE(log.Count("[CopyNode]:"), 1);
+  EXPECT_FALSE(copier.IsCopying());  // the first copy went with the failed one
+  EXPECT_TRUE(model_.GetLastLayerChildUUID(target_).empty());
+
+  ASSERT_EQ(SQLITE_OK, noRoom());
+  CLayerBatchTransfer transfer(&model_, &model_);
+  EXPECT_FALSE(transfer.Transfer(layers[0], target_, true));
+  EXPECT_TRUE(model_.GetLastLayerChildUUID(target_).empty());
+  EXPECT_EQ(3, model_.CountChildren(layers[0], NODE_KIND_LAYER));
+  EXPECT_EQ(3, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layers[0] +
+                    "' AND geom IS NOT NULL"));
 }

