@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <stdexcept>
@@ -42,59 +43,33 @@ class Signal {
   bool set_ = false;
 };
 
-// Polls until stopped, counting rounds.
-class PollingTask : public CTask {
+// A task whose body is a function of the task; `started` is set as the body begins.
+class BodyTask : public CTask {
  public:
-  std::atomic<int> rounds{0};
-  Signal started;
+  explicit BodyTask(std::function<void(BodyTask&)> body) : body_(std::move(body)) {}
+  Signal started, release;
 
  protected:
   void OnRunTask() override {
     started.Set();
-    while (!IsStopped()) {
-      ++rounds;
-      std::this_thread::sleep_for(milliseconds(1));
-    }
+    body_(*this);
   }
+
+ private:
+  std::function<void(BodyTask&)> body_;
 };
 
-class ThrowingTask : public CTask {
- public:
-  Signal entered;
-
- protected:
-  void OnRunTask() override {
-    entered.Set();
-    throw std::runtime_error("body failed");
-  }
-};
-
-// Ignores stop requests until released.
-class StubbornTask : public CTask {
- public:
-  Signal started;
-  Signal release;
-
- protected:
-  void OnRunTask() override {
-    started.Set();
-    release.WaitFor(seconds(30));
-  }
-};
-
-// Records the scheduling of its own thread.
-class PriorityProbe : public CTask {
- public:
-  int policy = -1;
-  int nice = -100;
-
- protected:
-  void OnRunTask() override {
+// The scheduling policy and nice value of a task run at `priority` from the calling thread.
+std::pair<int, int> SchedulingAt(int priority) {
+  int policy = -1, nice = -100;
+  BodyTask probe([&](BodyTask&) {
     policy = sched_getscheduler(0);
-    errno = 0;
     nice = getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
-  }
-};
+  });
+  EXPECT_TRUE(probe.StartTask("probe", priority, 0));
+  EXPECT_TRUE(probe.StopTask(-1));
+  return {policy, nice};
+}
 
 // Calls SleepWhileRunning on its thread and records the slices it sleeps instead of sleeping;
 // `stopInSlice` (1-based) requests a stop from inside that slice.
@@ -127,7 +102,9 @@ class SleepProbe : public CTask {
 }  // namespace
 
 TEST(TaskTest, StartPollStopAndRestart) {
-  PollingTask task;
+  BodyTask task([](BodyTask& self) {
+    while (!self.IsStopped()) std::this_thread::sleep_for(milliseconds(1));
+  });
   EXPECT_FALSE(task.StopTask(-1));  // never started
   EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
   ASSERT_TRUE(task.StartTask("poller", 120, 102400));
@@ -141,18 +118,18 @@ TEST(TaskTest, StartPollStopAndRestart) {
   ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));  // a second run on the same object
   EXPECT_TRUE(task.StopTask(-1));
 
-  ThrowingTask thrower;  // a body that throws reads as stopped
+  BodyTask thrower([](BodyTask&) { throw std::runtime_error("body failed"); });
   ASSERT_TRUE(thrower.StartTask("thrower", 120, 0));
-  ASSERT_TRUE(thrower.entered.WaitFor());
+  ASSERT_TRUE(thrower.started.WaitFor());
   EXPECT_TRUE(thrower.StopTask(-1));
-  EXPECT_TRUE(thrower.IsStopped());
+  EXPECT_TRUE(thrower.IsStopped());  // a body that throws reads as stopped
 }
 
 TEST(TaskTest, BoundedStopThatRunsOutAbandonsTheThreadWithoutATrap) {
-  StubbornTask task;
+  BodyTask task([](BodyTask& self) { self.release.WaitFor(seconds(30)); });  // ignores stops
   ASSERT_TRUE(task.StartTask("stubborn", 120, 0));
   ASSERT_TRUE(task.started.WaitFor());
-  EXPECT_FALSE(task.StopTask(20));  // the body ignores the request
+  EXPECT_FALSE(task.StopTask(20));
   EXPECT_TRUE(task.IsStopped());    // the flag stays cleared
   EXPECT_TRUE(task.IsAbandoned());
   // A restart neither waits for the abandoned body nor runs a second thread beside it.
@@ -198,31 +175,24 @@ TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
 }
 
 TEST(TaskTest, PriorityStepsAndOffStepValues) {
-  PriorityProbe idle;
-  ASSERT_TRUE(idle.StartTask("p255", 255, 0));
-  ASSERT_TRUE(idle.StopTask(-1));
-  EXPECT_EQ(SCHED_IDLE, idle.policy);
-
-  PriorityProbe lowest;
-  ASSERT_TRUE(lowest.StartTask("p200", 200, 0));
-  ASSERT_TRUE(lowest.StopTask(-1));
-  EXPECT_EQ(SCHED_OTHER, lowest.policy);
-  EXPECT_GT(lowest.nice, getpriority(PRIO_PROCESS, 0));
+  EXPECT_EQ(SCHED_IDLE, SchedulingAt(255).first);
+  const std::pair<int, int> lowest = SchedulingAt(200);
+  EXPECT_EQ(SCHED_OTHER, lowest.first);
+  EXPECT_GT(lowest.second, getpriority(PRIO_PROCESS, 0));
 
   // Normal (120, and 100, which is no step) is set, not inherited: a task started from an idle,
   // niced thread runs at normal priority. Leaving the idle class needs privileges.
   if (geteuid() != 0) GTEST_SKIP() << "needs root to leave the idle scheduling class";
   for (int priority : {120, 100}) {
-    PriorityProbe normal;
+    std::pair<int, int> normal;
     std::thread([&] {
       sched_param param{};
       ASSERT_EQ(0, pthread_setschedparam(pthread_self(), SCHED_IDLE, &param));
       setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
-      ASSERT_TRUE(normal.StartTask("normal", priority, 0));
-      ASSERT_TRUE(normal.StopTask(-1));
+      normal = SchedulingAt(priority);
     }).join();
-    EXPECT_EQ(SCHED_OTHER, normal.policy) << priority;
-    EXPECT_EQ(0, normal.nice) << priority;
+    EXPECT_EQ(SCHED_OTHER, normal.first) << priority;
+    EXPECT_EQ(0, normal.second) << priority;
   }
 }
 
