@@ -11,7 +11,6 @@
 #include "AnnotationRenderer.h"
 #include "AnnotationSpatialEngine.h"
 #include "CacheDirScope.h"
-#include "EngineProbes.h"
 #include "EntityAssignPool.h"
 #include "EntityRecord.h"
 #include "IAnnotationLayerModule.h"
@@ -206,19 +205,6 @@ TEST_F(PoolTest, OverTheLimitTheLeastRecentlyStampedGoFirst) {
   ASSERT_TRUE(pool->WaitForIdle(kWaitMs));
   EXPECT_EQ(4, pool->GetRecordCount());
   EXPECT_TRUE(pool->HasRecord(F(11)));
-}
-
-TEST_F(PoolTest, APassThatUpdatedEntitiesIsAnnounced) {
-  CStateEventCounter events;
-  std::unique_ptr<CEntityAssignPool> pool = MakePool();
-  for (int pass = 0; pass < 3; ++pass) {
-    pool->BeginTravel();
-    if (pass == 1) pool->QueueUpdate(F(0));
-    if (pass == 1) pool->QueueUpdate(F(1));
-    pool->EndTravel();
-  }
-  EXPECT_EQ(std::vector<std::string>{"2"}, events.Values(552));
-  EXPECT_EQ(std::vector<int>{engine_.GetID()}, events.Senders(552));
 }
 
 TEST_F(PoolTest, StopWakesTheIdleThreadAndReleasesEverything) {

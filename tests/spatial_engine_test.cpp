@@ -237,6 +237,7 @@ TEST_F(EngineTest, EntitiesAreAnnouncedOnceAndDrawValuesFollowTheOrderKeys) {
   engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3.5));
   ASSERT_TRUE(WaitPasses(2));
   ASSERT_EQ(std::vector<std::string>{"12"}, events_.Values(552));
+  EXPECT_EQ(std::vector<int>{engine_->GetID()}, events_.Senders(552));
   // A larger order number compares less, so it comes first and gets the larger value.
   for (int i = 0; i < 12; ++i) {
     CSceneDrawable drawable;
@@ -387,6 +388,7 @@ TEST_F(EngineTest, AResetWhileAPassBeginsCutsThatPass) {
   EXPECT_EQ(1, log_->Count("ms size=0"));
   EXPECT_EQ(0, engine_->GetPool()->GetRecordCount());
   EXPECT_EQ(0, engine_->GetPendingCount());
+  EXPECT_EQ(0, events_.Count(552));  // a pass that updated nothing is not announced
 }
 
 TEST_F(EngineTest, TheModelMayBeInstalledAgainUnderAStartedEngine) {
