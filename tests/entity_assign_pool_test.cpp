@@ -33,11 +33,8 @@ class PoolTest : public ::testing::Test {
     ASSERT_TRUE(model_.Install(db_.Path()));
     ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
     const std::string folder = tree_.AddFolder(db_.RootUUID(), "f");
-    SPointGrid grid;
-    grid.columns = 4;
-    grid.rows = 3;
     std::vector<std::string> layers;
-    ASSERT_TRUE(ImportPointGrid(&model_, folder, "points", grid, 100, &layers));
+    ASSERT_TRUE(ImportPointGrid(&model_, folder, "points", SPointGrid{4, 3}, 100, &layers));
     for (int i = 0; i < 12; ++i) {
       bool isLayer = false;
       features_.push_back(model_.QueryChildByOrder(layers.at(0), i, isLayer));

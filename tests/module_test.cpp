@@ -105,9 +105,7 @@ IAnnotationSpatialEngine* StartEngineOverPoints(IAnnotationLayerModule* module,
                                                 IAnnotationDBDataModel* model,
                                                 const std::string& root) {
   const std::string folder = CTreeBuilder(model).AddFolder(root, "f");
-  SPointGrid grid;
-  grid.columns = 3;
-  if (!ImportPointGrid(model, folder, "points", grid)) return nullptr;
+  if (!ImportPointGrid(model, folder, "points", SPointGrid{3})) return nullptr;
   model->GetNodeCacheCalculator()->Refresh();
   if (!model->GetNodeCacheCalculator()->WaitForFinished(10000)) return nullptr;
   IAnnotationSpatialEngine* engine = module->CreateSpatialEngine("callback", model);

@@ -70,13 +70,9 @@ class EngineTest : public ::testing::Test {
   // Imports columns x rows points at (0.5 + i, 0.5 + j) as one new layer below the folder and
   // returns their uuids in sibling order.
   std::vector<std::string> Populate(int columns, int rows, double x0 = 0.5) {
-    SPointGrid grid;
-    grid.columns = columns;
-    grid.rows = rows;
-    grid.x0 = x0;
-    grid.y0 = 0.5;
     std::vector<std::string> layers;
-    EXPECT_TRUE(ImportPointGrid(model_.get(), folder_, "points", grid, columns * rows, &layers));
+    EXPECT_TRUE(ImportPointGrid(model_.get(), folder_, "points", SPointGrid{columns, rows, x0, 0.5},
+                                columns * rows, &layers));
     layer_ = layers.at(0);
     std::vector<std::string> features;
     bool isLayer = false;
