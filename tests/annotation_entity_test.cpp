@@ -134,16 +134,13 @@ TEST_F(EntityTest, AttributeUpdatesTravelAloneAndFullUpdatesRereadTheFeature) {
   attribute.SetLevel(3, 12);
   attribute.SetNameLevel(5, 9);
   entity.SetAttribute(attribute);
-  EXPECT_EQ(17, entity.GetAttribute().GetZValue());
   CSceneDrawable held;
   ASSERT_TRUE(scene_->GetDrawable(first_, &held));
   EXPECT_EQ(0, held.display.zValue);  // set, not yet published
 
   // The feature moves and gets a style of its own; an attribute update does not read that.
   CAnnotationFeature moved(GEOMETRY_DATA_TYPE_POINT);
-  CGeometryData part;
-  part.PushBack(CVector3D(30, 40, 5));
-  moved.AddPart(part);
+  moved.AddPart(CGeometryData(std::vector<CVector3D>{{30, 40, 5}}));
   ASSERT_TRUE(model_.ModifyGeometryData(first_, &moved));
   const CFeatureStyleSet own = PenOfWidth(2);
   ASSERT_TRUE(model_.ModifyOrInsertStyle(first_, &own, 3));
@@ -164,13 +161,6 @@ TEST_F(EntityTest, AttributeUpdatesTravelAloneAndFullUpdatesRereadTheFeature) {
   EXPECT_EQ(5, held.parts[0].At(0).Z());
   EXPECT_EQ(2, PenWidth(held));
   EXPECT_EQ(17, held.display.zValue);
-
-  // A hidden attribute keeps the drawable in the scene but out of what is drawn.
-  attribute.SetVisible(false);
-  entity.SetAttribute(attribute);
-  entity.Update(CAnnotationEntity::kUpdateAttribute);
-  EXPECT_TRUE(scene_->Contains(first_));
-  EXPECT_TRUE(scene_->Collect(5).empty());
 }
 
 TEST_F(EntityTest, ANewerEntityOfTheFeatureHoldsTheSlot) {
