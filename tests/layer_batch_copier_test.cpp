@@ -54,12 +54,10 @@ class CopyTest : public CModelTest {
 
 class CountingCopyProgress : public CLayerBatchCopier::ICopyProgress {
  public:
-  bool OnNodeCopied(const std::string& name, int copied) override {
-    names.push_back(name);
+  bool OnNodeCopied(const std::string&, int copied) override {
     last = copied;
     return copied == cancelAt;
   }
-  std::vector<std::string> names;
   int last = 0;
   int cancelAt = -1;
 };
@@ -114,7 +112,8 @@ TEST_F(CopyTest, CopiesAFolderSubtreeWithEveryRow) {
   EXPECT_EQ(layer_, model_.QueryChildByOrder(source_, 1, isLayer));
 }
 
-TEST_F(CopyTest, RefusesBadPlacementsAndDiscardsCleanly) {
+TEST_F(CopyTest, RefusesBadPlacementsAndADiscardedOrCancelledCopyIsRolledBackWhole) {
+  const int folders = Rows("folder"), shapes = Rows("shape");
   CLayerBatchCopier copier(&model_);
   ASSERT_TRUE(copier.BeginCopy(nullptr));
   CZuLogCapture capture;
@@ -124,17 +123,12 @@ TEST_F(CopyTest, RefusesBadPlacementsAndDiscardsCleanly) {
   bool isLayer = false;
   EXPECT_FALSE(copier.CopyNode(layer_, model_.QueryChildByOrder(layer_, 1, isLayer)));
   EXPECT_EQ(4, capture.Count("[CopyNode]:"));
-  const int shapes = Rows("shape");
   ASSERT_TRUE(copier.CopyNode(featureA_, layer_));
   EXPECT_EQ(shapes + 1, Rows("shape"));
   ASSERT_TRUE(copier.DiscardCopy());
   EXPECT_EQ(shapes, Rows("shape"));
   EXPECT_FALSE(copier.CopyNode(featureA_, layer_));  // not copying any more
-}
 
-TEST_F(CopyTest, ACancelledCopyIsRolledBackWhole) {
-  const int folders = Rows("folder"), shapes = Rows("shape");
-  CLayerBatchCopier copier(&model_);
   CountingCopyProgress progress;
   progress.cancelAt = 4;
   ASSERT_TRUE(copier.BeginCopy(&progress));
