@@ -4,9 +4,7 @@
 #include <QDir>
 
 #include <chrono>
-#include <condition_variable>
 #include <future>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -139,30 +137,16 @@ TEST(EventKernelTest, SynchronousDispatchToEveryObserver) {
 
 namespace {
 
-// Stays inside its handler until opened, so that a test can act while a delivery is in flight.
-class GateObserver : public IEventObserver {
- public:
+// Stays inside its handler until opened (at most 10 s), so that a test can act while a delivery
+// is in flight.
+struct GateObserver : IEventObserver {
   bool OnEvent(const CEventObject*) override {
-    std::unique_lock<std::mutex> lock(mutex_);
-    inside_ = true;
-    changed_.notify_all();
-    changed_.wait_for(lock, std::chrono::seconds(10), [this] { return open_; });
+    inside.set_value();
+    opened.wait_for(std::chrono::seconds(10));
     return false;
   }
-  bool WaitInside() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(5), [this] { return inside_; });
-  }
-  void Open() {
-    std::lock_guard<std::mutex> guard(mutex_);
-    open_ = true;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool inside_ = false, open_ = false;
+  std::promise<void> inside, open;
+  std::shared_future<void> opened = open.get_future().share();
 };
 
 // Unregisters itself from its own handler.
@@ -189,14 +173,15 @@ TEST(EventKernelTest, UnregisterWaitsForDeliveriesInFlightAndNoneStartsAfterIt) 
   ASSERT_TRUE(kernel.RegisterEventObserver(&later));
   CStateEventObject event(1623, 7, 551, QVariant(QString("uuid")));
   std::thread sender([&] { kernel.SendEvent(&event); });
-  ASSERT_TRUE(gate.WaitInside());
+  ASSERT_EQ(std::future_status::ready,
+            gate.inside.get_future().wait_for(std::chrono::seconds(5)));
   // `later` was due after `gate` in the delivery under way; once unregistered it is not called.
   EXPECT_TRUE(kernel.UnRegisterEventObserver(&later));
   auto unregister = std::async(std::launch::async,
                                [&] { return kernel.UnRegisterEventObserver(&gate); });
   const bool returnedEarly =
       unregister.wait_for(std::chrono::milliseconds(200)) == std::future_status::ready;
-  gate.Open();
+  gate.open.set_value();
   sender.join();
   EXPECT_FALSE(returnedEarly) << "unregister returned while its observer was still being called";
   EXPECT_TRUE(unregister.get());
