@@ -3,9 +3,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
+#include <future>
 #include <thread>
 
 #include "FeatureOption.h"
@@ -28,24 +27,6 @@ CNodeAttribute Levels(int minLevel, int maxLevel, int z = 0) {
   attribute.SetZValue(z);
   return attribute;
 }
-
-class Signal {
- public:
-  void Set() {
-    std::lock_guard<std::mutex> guard(mutex_);
-    set_ = true;
-    changed_.notify_all();
-  }
-  bool WaitFor(int ms = 10000) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::milliseconds(ms), [this] { return set_; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool set_ = false;
-};
 
 }  // namespace
 
@@ -253,8 +234,7 @@ namespace {
 // calculator stops calculating, so a pass can be held in the middle.
 class HeldModel : public CSpatialiteDBDataModel {
  public:
-  Signal entered;
-  Signal release;
+  std::promise<void> entered, release;
 
   // The calculator is remembered here: while it is being destroyed the model no longer hands it
   // out, but it lives until its pass has ended.
@@ -266,10 +246,10 @@ class HeldModel : public CSpatialiteDBDataModel {
 
   CFolderOption QueryFolderOption(const std::string& uuid) override {
     if (armed_ && folderReads_++ == 10) {
-      entered.Set();
+      entered.set_value();
       // Bounded: the calculator's destructor clears the flag; tests release it otherwise.
       for (int i = 0; i < 10000 && calculator_->IsCalculating(); ++i) {
-        if (release.WaitFor(1)) break;
+        if (released_.wait_for(std::chrono::milliseconds(1)) == std::future_status::ready) break;
       }
     }
     return CSpatialiteDBDataModel::QueryFolderOption(uuid);
@@ -277,6 +257,7 @@ class HeldModel : public CSpatialiteDBDataModel {
 
  private:
   CNodeCacheCalculator* calculator_ = nullptr;
+  std::shared_future<void> released_ = release.get_future().share();
   std::atomic<bool> armed_{false};
   std::atomic<int> folderReads_{0};
 };
@@ -291,7 +272,8 @@ void HoldAPass(CTestDatabase& db, HeldModel& model, int folders) {
   ASSERT_TRUE(model.CommitTransaction());
   model.Arm();
   model.GetNodeCacheCalculator()->Refresh();
-  ASSERT_TRUE(model.entered.WaitFor());
+  ASSERT_EQ(std::future_status::ready,
+            model.entered.get_future().wait_for(std::chrono::seconds(10)));
 }
 
 }  // namespace
@@ -307,7 +289,7 @@ TEST(CalculatorPassTest, SecondRefreshIsRefusedWhileAPassRuns) {
   EXPECT_EQ(std::vector<std::string>{"[CNodeCacheCalculator::Refresh] " +
                                      Utf8ToLocal("Node缓存进行中")},
             capture.Lines());
-  model.release.Set();
+  model.release.set_value();
   ASSERT_TRUE(calculator->WaitForFinished(10000));
   EXPECT_EQ(21, calculator->GetCacheCount());
 }
