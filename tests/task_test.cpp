@@ -241,6 +241,7 @@ TEST(TaskExTest, ForwardsToItsUserAndEndsWithoutOne) {
     EXPECT_EQ(task, user.lastTask);
   }
   EXPECT_EQ(2, user.calls.load());
+  CTaskExUser().OnRunTaskEx(&first);  // the default does nothing
 }
 
 TEST(CriticalLockTest, IsReentrantAndExcludesOtherThreads) {
