@@ -179,19 +179,6 @@ TEST_F(EngineTest, RangesStartPassesAndAreLogged) {
   EXPECT_EQ(1, log_->Count(Utf8ToLocal("[CAnnotationSpatialEngine] Stop引擎 [test]")));
 }
 
-TEST_F(EngineTest, APassAcceptsOneFeatureMoreThanItsLimit) {
-  Populate(4, 3);
-  engine_->SetMaxPerPass(5);
-  ASSERT_TRUE(engine_->Start());
-  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
-  ASSERT_TRUE(WaitPasses(1));
-  EXPECT_EQ(1, log_->Count("ms size=6"));
-  EXPECT_EQ(6, engine_->GetPool()->GetRecordCount());
-  ASSERT_TRUE(WaitEntities(6));
-  ASSERT_TRUE(engine_->Stop());
-  EXPECT_EQ(6, events_.Count(551));
-}
-
 TEST_F(EngineTest, AFeatureReachingBeyondTheViewIsDrawn) {
   Populate(4, 3);
   const std::string line = CTreeBuilder(model_.get()).AddFeature(layer_, "crossing", 1);
