@@ -1,5 +1,5 @@
-// The host annotation library: feature geometry and fields, group ownership, style set ownership
-// and deep copies, and the module factory.
+// The host annotation library: group ownership, style set ownership and deep copies, and the
+// module factory.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -12,8 +12,6 @@
 #include "IAnnotationModule.h"
 
 namespace {
-
-CGeometryData Part(std::vector<CVector3D> vertices) { return CGeometryData(std::move(vertices)); }
 
 // Counts its own destructions, to prove who deletes what.
 class CCountedStyle : public CFeatureStyle {
@@ -29,22 +27,6 @@ class CCountedStyle : public CFeatureStyle {
 };
 
 }  // namespace
-
-TEST(AnnotationFeatureTest, GeometryPartsAndExtent) {
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTIPOINT);
-  CVector3D min(9, 9, 9);
-  CVector3D max(9, 9, 9);
-  EXPECT_FALSE(feature.GetExtent(min, max));
-  EXPECT_EQ(CVector3D(9, 9, 9), min) << "no vertex: corners untouched";
-  feature.AddPart(Part({{1, 2, 3}}));
-  feature.AddPart(Part({{-4, 5, 0.5}, {7, -8, 9}}));
-  EXPECT_EQ(2, feature.GetPartCount());
-  EXPECT_EQ(0, feature.GetPart(2).GetSize()) << "out of range gives an empty part";
-  EXPECT_EQ(0, feature.GetPart(-1).GetSize());
-  ASSERT_TRUE(feature.GetExtent(min, max));
-  EXPECT_EQ(CVector3D(-4, -8, 0.5), min);
-  EXPECT_EQ(CVector3D(7, 5, 9), max);
-}
 
 TEST(AnnotationGroupTest, OwnsChildrenAndLinksParents) {
   int deaths = 0;

@@ -34,22 +34,6 @@ std::vector<std::string> Keys(const std::vector<CSceneDrawable>& drawables) {
 
 }  // namespace
 
-TEST(SceneDisplayTest, LevelsAndVisibility) {
-  CSceneDisplay display;
-  EXPECT_TRUE(display.IsShownAt(21));
-  EXPECT_FALSE(display.IsShownAt(22));
-  display.minLevel = 10;
-  display.maxLevel = 5;  // an empty range shows nothing
-  EXPECT_FALSE(display.IsShownAt(7));
-  display = CSceneDisplay();
-  display.minNameLevel = 3;
-  EXPECT_FALSE(display.IsNameShownAt(2));
-  EXPECT_TRUE(display.IsNameShownAt(3));
-  display.visible = false;
-  EXPECT_FALSE(display.IsShownAt(3));
-  EXPECT_FALSE(display.IsNameShownAt(3));
-}
-
 TEST(AnnotationSceneTest, TheNewestOwnerHoldsAKey) {
   CAnnotationScene scene(7);
   ASSERT_TRUE(scene.Attach(Point("a", 10, 0, 0)));

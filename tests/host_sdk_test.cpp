@@ -1,4 +1,4 @@
-// The host SDK libraries: log sinks, core application, object creator and event kernel.
+// The host SDK libraries: log sinks, the core application's data directory, the event kernel.
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -10,7 +10,6 @@
 
 #include "EventKernel.h"
 #include "EventModule.h"
-#include "ObjectCreator.h"
 #include "TempDir.h"
 #include "ZuCoreApplication.h"
 #include "ZuLog.h"
@@ -64,42 +63,6 @@ TEST(ZuCoreTest, DataDirEndsWithSeparatorAndIsSettable) {
   EXPECT_EQ(fresh + "/", app->GetDataDir());
   EXPECT_TRUE(QDir(QString::fromStdString(fresh)).exists());
   app->SetDataDir(saved);
-}
-
-TEST(ZuCoreTest, CodecConversionsRoundTripChinese) {
-  const QString text = QString::fromUtf8("\xe5\x90\xaf\xe5\x8a\xa8 abc");  // "启动 abc"
-  const std::string gb = ConvertQStringToStdString(text, "GB18030");
-  EXPECT_EQ(std::string("\xc6\xf4\xb6\xaf abc"), gb);
-  EXPECT_EQ(text, ConvertStdStringToQString(gb, "GB18030"));
-  // Unknown codec names fall back to UTF-8.
-  EXPECT_EQ(text.toUtf8().toStdString(), ConvertQStringToStdString(text, "no-such-codec"));
-}
-
-namespace {
-class CountedObject : public IObject {
- public:
-  CountedObject() { ++alive; }
-  ~CountedObject() override { --alive; }
-  static int alive;
-};
-int CountedObject::alive = 0;
-}  // namespace
-
-TEST(ObjectCreatorTest, RegisterCreateUnregister) {
-  CObjectCreator creator;
-  CObjectRegisterAgentT<CountedObject> agent;
-  EXPECT_FALSE(creator.RegisterType("", &agent));
-  EXPECT_FALSE(creator.RegisterType("Counted", nullptr));
-  EXPECT_TRUE(creator.RegisterType("Counted", &agent));
-  EXPECT_FALSE(creator.RegisterType("Counted", &agent));
-  IObject* object = creator.CreateObject("Counted");
-  ASSERT_NE(nullptr, object);
-  EXPECT_EQ(1, CountedObject::alive);
-  object->Release();
-  EXPECT_EQ(0, CountedObject::alive);
-  EXPECT_TRUE(creator.UnregisterType("Counted"));
-  EXPECT_FALSE(creator.UnregisterType("Counted"));
-  EXPECT_EQ(nullptr, creator.CreateObject("Counted"));
 }
 
 namespace {

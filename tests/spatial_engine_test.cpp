@@ -179,20 +179,6 @@ TEST_F(EngineTest, RangesStartPassesAndAreLogged) {
   EXPECT_EQ(1, log_->Count(Utf8ToLocal("[CAnnotationSpatialEngine] Stop引擎 [test]")));
 }
 
-TEST_F(EngineTest, AFeatureReachingBeyondTheViewIsDrawn) {
-  Populate(4, 3);
-  const std::string line = CTreeBuilder(model_.get()).AddFeature(layer_, "crossing", 1);
-  CAnnotationFeature geometry(GEOMETRY_DATA_TYPE_LINESTRING);
-  geometry.AddPart(CGeometryData(std::vector<CVector3D>{{1.25, 1.25, 0}, {40, 1.25, 0}}));
-  ASSERT_TRUE(model_->ModifyGeometryData(line, &geometry));
-  calculator_->Refresh();
-  ASSERT_TRUE(calculator_->WaitForFinished(10000));
-  ASSERT_TRUE(engine_->Start());
-  engine_->OnUpdateRange(MakeExtent(0, 0, 4, 3));
-  ASSERT_TRUE(WaitEntities(13));
-  EXPECT_TRUE(scene_->Contains(line));
-}
-
 TEST_F(EngineTest, EqualOrderKeysKeepTheFeatureMetFirst) {
   const std::vector<std::string> features = Populate(4, 3);
   ASSERT_EQ(SQLITE_OK, sqlite3_exec(model_->GetConnection(),
@@ -230,21 +216,6 @@ TEST_F(EngineTest, EntitiesAreAnnouncedOnceAndDrawValuesFollowTheOrderKeys) {
   EXPECT_EQ(12, engine_->GetPool()->FindRecord(features[11])->GetAttribute().GetZValue());
   ASSERT_TRUE(engine_->Stop());
   EXPECT_EQ(0, events_.Count(551));
-}
-
-TEST_F(EngineTest, AFeatureHiddenByItsLayerIsNeitherRecordedNorQueued) {
-  Populate(4, 1);
-  const std::vector<std::string> hidden = Populate(4, 1, 10.5);
-  HideLayer();
-  ASSERT_TRUE(engine_->Start());
-  engine_->OnUpdateRange(MakeExtent(0, 0, 20, 3));
-  ASSERT_TRUE(WaitPasses(1));
-  for (const std::string& uuid : hidden) EXPECT_FALSE(engine_->GetPool()->HasRecord(uuid));
-  EXPECT_EQ(1, log_->Count("ms size=4"));
-  ASSERT_TRUE(WaitEntities(4));
-  ASSERT_TRUE(engine_->Stop());
-  EXPECT_EQ(4, events_.Count(551));
-  EXPECT_EQ(0, engine_->GetPendingCount());
 }
 
 TEST_F(EngineTest, ExclusionReleasesTheEntityAndIsRemembered) {
