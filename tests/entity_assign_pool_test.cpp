@@ -100,29 +100,6 @@ TEST_F(PoolTest, RecordsAreStampedWithThePassThatTouchedThem) {
   EXPECT_NE(pool->GetID(), MakePool()->GetID());
 }
 
-TEST_F(PoolTest, AnEntityIsMadeAndAttachedOncePerFeature) {
-  std::unique_ptr<CEntityAssignPool> pool = MakePool();
-  EXPECT_FALSE(pool->AssignEntity(F(0), 8));  // no record
-  std::shared_ptr<CEntityRecord> record = pool->AcquireRecord(F(0));
-  record->SetZValue(5);
-  ASSERT_TRUE(pool->AssignEntity(F(0), 8));
-  std::shared_ptr<CAnnotationEntity> entity = record->GetEntity();
-  ASSERT_TRUE(entity);
-  EXPECT_EQ(kView, entity->GetAttachParam());
-  CSceneDrawable drawable;
-  ASSERT_TRUE(scene_->GetDrawable(F(0), &drawable));
-  EXPECT_EQ(5, drawable.display.zValue);
-  EXPECT_FALSE(pool->AssignEntity(F(0), 8));  // it has one: only its attribute is refreshed
-  EXPECT_TRUE(pool->AssignEntity(F(0), 15));  // rebuilt from the data model
-  EXPECT_EQ(entity, record->GetEntity());
-  EXPECT_EQ(1, scene_->GetStatistics().attached);
-  EXPECT_EQ(1, pool->GetEntityCount());
-  // A feature that no longer exists gets no entity.
-  pool->AcquireRecord("gone");
-  EXPECT_FALSE(pool->AssignEntity("gone", 8));
-  EXPECT_FALSE(pool->FindRecord("gone")->HasEntity());
-}
-
 TEST_F(PoolTest, ConcurrentAssignmentsOfOneFeatureMakeOneEntity) {
   std::unique_ptr<CEntityAssignPool> pool = MakePool();
   pool->AcquireRecord(F(3));
