@@ -1,5 +1,5 @@
-// The host annotation library: feature geometry and fields, group ownership, style set ownership
-// and deep copies, and the module factory.
+// The host annotation library: group ownership, style set ownership and deep copies, and the
+// module factory.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,14 +7,11 @@
 
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
-#include "FeatureLabelStyle.h"
 #include "FeaturePenStyle.h"
 #include "FeatureStyleSet.h"
 #include "IAnnotationModule.h"
 
 namespace {
-
-CGeometryData Part(std::vector<CVector3D> vertices) { return CGeometryData(std::move(vertices)); }
 
 // Counts its own destructions, to prove who deletes what.
 class CCountedStyle : public CFeatureStyle {
@@ -29,53 +26,7 @@ class CCountedStyle : public CFeatureStyle {
   int* deaths_;
 };
 
-class CPartRecorder : public IAnnotationFeature::IGeometryDataVisitor {
- public:
-  void ApplyGeometryData(IAnnotationFeature* feature, int partIndex,
-                         const CGeometryData& data) override {
-    seen.push_back({feature, partIndex, data.GetSize()});
-  }
-  struct Visit {
-    IAnnotationFeature* feature;
-    int index;
-    int size;
-  };
-  std::vector<Visit> seen;
-};
-
 }  // namespace
-
-TEST(AnnotationFeatureTest, GeometryPartsAndExtent) {
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTIPOINT);
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOINT, feature.GetGeometryType());
-  CVector3D min(9, 9, 9);
-  CVector3D max(9, 9, 9);
-  EXPECT_FALSE(feature.GetExtent(min, max));
-  EXPECT_EQ(CVector3D(9, 9, 9), min) << "no vertex: corners untouched";
-
-  feature.AddPart(Part({{1, 2, 3}}));
-  feature.AddPart(Part({{-4, 5, 0.5}, {7, -8, 9}}));
-  EXPECT_EQ(2, feature.GetPartCount());
-  EXPECT_EQ(CVector3D(-4, 5, 0.5), feature.GetPart(1).At(0));
-  EXPECT_EQ(0, feature.GetPart(2).GetSize()) << "out of range gives an empty part";
-  EXPECT_EQ(0, feature.GetPart(-1).GetSize());
-  ASSERT_TRUE(feature.GetExtent(min, max));
-  EXPECT_EQ(CVector3D(-4, -8, 0.5), min);
-  EXPECT_EQ(CVector3D(7, 5, 9), max);
-
-  CPartRecorder recorder;
-  feature.TravelGeometryData(recorder);
-  ASSERT_EQ(2u, recorder.seen.size());
-  EXPECT_EQ(&feature, recorder.seen[1].feature);
-  EXPECT_EQ(1, recorder.seen[1].index);
-  EXPECT_EQ(2, recorder.seen[1].size);
-
-  feature.SetGeometryData({Part({{0, 0, 0}})});
-  EXPECT_EQ(1, feature.GetPartCount());
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOINT, feature.GetGeometryType());
-  feature.ClearParts();
-  EXPECT_EQ(0, feature.GetPartCount());
-}
 
 TEST(AnnotationGroupTest, OwnsChildrenAndLinksParents) {
   int deaths = 0;
@@ -101,29 +52,22 @@ TEST(AnnotationGroupTest, OwnsChildrenAndLinksParents) {
 TEST(FeatureStyleSetTest, OwnershipAndDeepCopy) {
   int deaths = 0;
   CFeatureStyleSet set;
-  EXPECT_TRUE(set.IsEmpty());
   set.PushBack(static_cast<CFeatureStyle*>(nullptr));
-  EXPECT_EQ(0, set.GetCount());
+  EXPECT_TRUE(set.IsEmpty());
   set.PushBack(new CCountedStyle(&deaths));
   auto pen = std::make_unique<CFeaturePenStyle>();
   pen->SetWidth(3.5);
   set.PushBack(std::move(pen));
-  auto label = std::make_unique<CFeatureLabelStyle>();
-  label->SetStrikethrough(true);
-  set.PushBack(std::move(label));
-  ASSERT_EQ(3, set.GetCount());
-  EXPECT_EQ(nullptr, set.At(3));
+  ASSERT_EQ(2, set.GetCount());
+  EXPECT_EQ(nullptr, set.At(2));
   EXPECT_EQ(nullptr, set.At(-1));
   {
     const CFeatureStyleSet copy(set);
-    ASSERT_EQ(3, copy.GetCount());
+    ASSERT_EQ(2, copy.GetCount());
     EXPECT_NE(set.At(1), copy.At(1)) << "a copy owns its own styles, of their concrete kinds";
     const auto* copiedPen = dynamic_cast<const CFeaturePenStyle*>(copy.At(1));
     ASSERT_NE(nullptr, copiedPen);
     EXPECT_EQ(3.5, copiedPen->GetWidth());
-    const auto* copiedLabel = dynamic_cast<const CFeatureLabelStyle*>(copy.At(2));
-    ASSERT_NE(nullptr, copiedLabel);
-    EXPECT_TRUE(copiedLabel->IsStrikethrought());
   }
   EXPECT_EQ(1, deaths) << "the copy deleted only its clone";
   CFeatureStyleSet assigned;
@@ -133,10 +77,9 @@ TEST(FeatureStyleSetTest, OwnershipAndDeepCopy) {
   EXPECT_TRUE(set.IsEmpty());
   EXPECT_EQ(2, deaths);
   CFeatureStyleSet moved(std::move(assigned));
-  EXPECT_EQ(3, moved.GetCount());
+  EXPECT_EQ(2, moved.GetCount());
   EXPECT_EQ(2, deaths);
 }
-
 
 TEST(AnnotationModuleTest, OneModuleMakesPlainObjects) {
   IAnnotationModule* module = GetOrCreateAnnotationModule();

@@ -34,23 +34,6 @@ std::vector<std::string> Keys(const std::vector<CSceneDrawable>& drawables) {
 
 }  // namespace
 
-TEST(SceneDisplayTest, LevelsAndVisibility) {
-  CSceneDisplay display;
-  EXPECT_TRUE(display.IsShownAt(0));
-  EXPECT_TRUE(display.IsShownAt(21));
-  EXPECT_FALSE(display.IsShownAt(22));
-  display.minLevel = 10;
-  display.maxLevel = 5;  // an empty range shows nothing
-  EXPECT_FALSE(display.IsShownAt(7));
-  display = CSceneDisplay();
-  display.minNameLevel = 3;
-  EXPECT_FALSE(display.IsNameShownAt(2));
-  EXPECT_TRUE(display.IsNameShownAt(3));
-  display.visible = false;
-  EXPECT_FALSE(display.IsShownAt(3));
-  EXPECT_FALSE(display.IsNameShownAt(3));
-}
-
 TEST(AnnotationSceneTest, TheNewestOwnerHoldsAKey) {
   CAnnotationScene scene(7);
   ASSERT_TRUE(scene.Attach(Point("a", 10, 0, 0)));
@@ -107,9 +90,8 @@ TEST(AnnotationRendererTest, OneScenePerViewMadeOnFirstUse) {
   EXPECT_NE(ids.end(), std::find(ids.begin(), ids.end(), -4242));
 }
 
-TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrder) {
-  // A red square with a red outline, and a blue square over its right half drawn later because of
-  // its higher z value.
+TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrderAndNamesOnlyWithAGuiApplication) {
+  // A red square, and a blue one over its right half drawn later because of its higher z value.
   auto square = [](const std::string& key, int64_t owner, double x0, QColor fill, int z) {
     CSceneDrawable drawable = Point(key, owner, 0, 0, z);
     drawable.geometryType = GEOMETRY_DATA_TYPE_POLYGON;
@@ -121,17 +103,24 @@ TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrder) {
     return drawable;
   };
   CAnnotationScene scene(1);
+  scene.Attach(square("over", 2, 5, QColor(Qt::blue), 2));
   CSceneDrawable red = square("square", 1, 2, QColor(Qt::red), 1);
   auto pen = std::make_unique<CFeaturePenStyle>();
   pen->SetColor(QColor(Qt::red));
   red.styles.PushBack(std::move(pen));
   scene.Attach(red);
-  scene.Attach(square("over", 2, 5, QColor(Qt::blue), 2));
-  scene.Attach(Point("dot", 3, 1, 9, 0));
+  // This test program makes no QGuiApplication: the painter has no fonts and leaves names out.
+  ASSERT_FALSE(CScenePainter::CanDrawText());
+  CSceneDrawable named = Point("dot", 3, 1, 9, 0);
+  named.name = "harbour";
+  scene.Attach(named);
 
   QImage image(100, 100, QImage::Format_ARGB32);
   image.fill(Qt::white);
-  EXPECT_EQ(3, CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &image));
+  CScenePainter::Result result;
+  ASSERT_TRUE(CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &image, &result));
+  EXPECT_EQ(3, result.shapes);
+  EXPECT_EQ(0, result.labels);
   EXPECT_EQ(QColor(Qt::red).rgb(), image.pixel(30, 50));   // x 3, y 5
   EXPECT_EQ(QColor(Qt::blue).rgb(), image.pixel(70, 50));  // x 7, y 5: on top
   EXPECT_EQ(QColor(Qt::white).rgb(), image.pixel(95, 95));
@@ -140,20 +129,4 @@ TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrder) {
   QImage empty;
   EXPECT_EQ(-1, CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &empty));
   EXPECT_EQ(-1, CScenePainter::Paint(scene, 0, QRectF(0, 0, 0, 10), &image));
-}
-
-TEST(ScenePainterTest, NamesNeedAGuiApplicationShapesDoNot) {
-  // This test program makes no QGuiApplication: the painter has no fonts and leaves names out.
-  ASSERT_FALSE(CScenePainter::CanDrawText());
-  CAnnotationScene scene(2);
-  CSceneDrawable named = Point("named", 1, 5, 5, 0);
-  named.name = "harbour";
-  scene.Attach(named);
-  QImage image(20, 20, QImage::Format_ARGB32);
-  image.fill(Qt::white);
-  CScenePainter::Result result;
-  ASSERT_TRUE(CScenePainter::Paint(scene, 0, QRectF(0, 0, 10, 10), &image, &result));
-  EXPECT_EQ(1, result.shapes);
-  EXPECT_EQ(0, result.labels);
-  EXPECT_NE(QColor(Qt::white).rgb(), image.pixel(10, 10));
 }

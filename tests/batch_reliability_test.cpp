@@ -24,7 +24,8 @@
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
 #include "TempDir.h"
-#include "TestDatabase.h"
+#include "ModelTest.h"
+#include "PointGrid.h"
 #include "TreeBuilder.h"
 #include "ZuLog.h"
 
@@ -147,20 +148,18 @@ DbState ReadState(const std::string& path) {
   return state;
 }
 
-// The tables that differ from `before` or `after`, with their row counts, for a failure message.
+// The tables that differ from `before` or `after`, for a failure message.
 std::string DescribeDifferences(const DbState& now, const DbState& before, const DbState& after) {
-  auto countIn = [](const DbState& state, const std::string& table) {
-    return state.counts.count(table) ? std::to_string(state.counts.at(table)) : "-";
+  auto same = [](const DbState& state, const std::string& table, size_t digest) {
+    return state.digests.count(table) != 0 && state.digests.at(table) == digest;
   };
   std::string text;
   for (const auto& entry : now.digests) {
-    const std::string& table = entry.first;
-    const bool asBefore = before.digests.count(table) && before.digests.at(table) == entry.second;
-    const bool asAfter = after.digests.count(table) && after.digests.at(table) == entry.second;
+    const bool asBefore = same(before, entry.first, entry.second);
+    const bool asAfter = same(after, entry.first, entry.second);
     if (asBefore && asAfter) continue;
-    text += table + ": " + countIn(now, table) + " rows (before " + countIn(before, table) +
-            (asBefore ? ", same rows" : "") + "; after " + countIn(after, table) +
-            (asAfter ? ", same rows" : "") + ")\n";
+    text += entry.first + ": " + std::to_string(now.counts.at(entry.first)) + " rows" +
+            (asBefore ? ", as before" : asAfter ? ", as after" : "") + "\n";
   }
   return text;
 }
@@ -177,31 +176,20 @@ struct KillSweep {
   bool commitAnnounced = true;
 };
 
-class ReliabilityTest : public ::testing::Test {
+class ReliabilityTest : public CModelTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-    folder_ = tree_.AddFolder(db_.RootUUID(), "f");
+    CModelTest::SetUp();
+    folder_ = tree_.AddFolder(root_, "f");
   }
-  // A layer of `count` point features made with the importer, in `parent` (default: folder_).
+  // A layer of `count` points in `parent` (default: folder_), in one import; its uuid.
   std::string ImportLayer(const std::string& name, int count, std::string parent = "") {
-    CAnnotationGroup group(name);
-    CFeatureBatchImporter importer(&model_, parent.empty() ? folder_ : parent);
-    EXPECT_TRUE(importer.BeginImport());
-    EXPECT_TRUE(importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION));
-    for (int i = 0; i < count; ++i) {
-      CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
-      CGeometryData part;
-      part.PushBack(CVector3D(i % 100, i % 50, 0));
-      feature.AddPart(part);
-      feature.SetGroup(&group);
-      EXPECT_TRUE(importer.InsertFeature(&feature));
-    }
-    EXPECT_TRUE(importer.EndImport());
-    return Scalar("SELECT uuid FROM layer WHERE name = '" + name + "'");
+    std::vector<std::string> layers;
+    EXPECT_TRUE(ImportPointGrid(&model_, parent.empty() ? folder_ : parent, name,
+                                SPointGrid{count}, count, &layers));
+    return layers.empty() ? std::string() : layers[0];
   }
+  // Read on a connection of its own: the model is not installed during a sweep.
   std::string Scalar(const std::string& sql) { return QueryScalar(db_.Path(), sql); }
 
   // Runs the operation once to the end on a copy of the database, for the state after and the
@@ -281,10 +269,6 @@ class ReliabilityTest : public ::testing::Test {
                 sweep.commitAnnounced ? " and at the commit" : "", marks, KillSeed(), leftBefore,
                 leftAfter);
   }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
   std::string folder_;
 };
 

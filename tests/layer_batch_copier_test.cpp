@@ -9,7 +9,7 @@
 #include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
-#include "TestDatabase.h"
+#include "ModelTest.h"
 #include "TreeBuilder.h"
 #include "ZuFieldSetObject.h"
 #include "ZuLog.h"
@@ -18,13 +18,10 @@ using AnnotationLayerInner::ExecSql;
 
 namespace {
 
-class CopyTest : public ::testing::Test {
+class CopyTest : public CModelTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-    root_ = db_.RootUUID();
+    CModelTest::SetUp();
     // root / source / {inner folder, layer L / {feature a, sub-layer / feature b}}
     source_ = tree_.AddFolder(root_, "source");
     tree_.AddFolder(source_, "inner");
@@ -51,27 +48,16 @@ class CopyTest : public ::testing::Test {
     ASSERT_TRUE(ExecSql(db, "UPDATE shape SET index_id = '" + index + ";e:" + id +
                                 "' WHERE uuid = '" + featureA_ + "'", ""));
   }
-  std::string Scalar(const std::string& sql) { return Scalar(model_, sql); }
-  static std::string Scalar(CSpatialiteDBDataModel& model, const std::string& sql) {
-    CSqlStatement stmt(model.GetConnection(), sql, "");
-    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<none>");
-  }
-  int Count(const std::string& table) { return std::stoi(Scalar("SELECT COUNT(*) FROM " + table)); }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
-  std::string root_, source_, layer_, featureA_;
+  int Rows(const std::string& table) { return Count("SELECT COUNT(*) FROM " + table); }
+  std::string source_, layer_, featureA_;
 };
 
 class CountingCopyProgress : public CLayerBatchCopier::ICopyProgress {
  public:
-  bool OnNodeCopied(const std::string& name, int copied) override {
-    names.push_back(name);
+  bool OnNodeCopied(const std::string&, int copied) override {
     last = copied;
     return copied == cancelAt;
   }
-  std::vector<std::string> names;
   int last = 0;
   int cancelAt = -1;
 };
@@ -79,7 +65,7 @@ class CountingCopyProgress : public CLayerBatchCopier::ICopyProgress {
 }  // namespace
 
 TEST_F(CopyTest, CopiesAFolderSubtreeWithEveryRow) {
-  const int folders = Count("folder"), layers = Count("layer"), shapes = Count("shape");
+  const int folders = Rows("folder"), layers = Rows("layer"), shapes = Rows("shape");
   CLayerBatchCopier copier(&model_);
   CountingCopyProgress progress;
   ASSERT_TRUE(copier.BeginCopy(&progress));
@@ -88,9 +74,9 @@ TEST_F(CopyTest, CopiesAFolderSubtreeWithEveryRow) {
   ASSERT_TRUE(copier.EndCopy());
   EXPECT_FALSE(model_.IsInTransaction());
 
-  EXPECT_EQ(folders + 2, Count("folder"));
-  EXPECT_EQ(layers + 2, Count("layer"));
-  EXPECT_EQ(shapes + 2, Count("shape"));
+  EXPECT_EQ(folders + 2, Rows("folder"));
+  EXPECT_EQ(layers + 2, Rows("layer"));
+  EXPECT_EQ(shapes + 2, Rows("shape"));
   EXPECT_EQ(6, progress.last);
   EXPECT_NE(source_, copy);
   // The copy is the root's last child, after the original.
@@ -126,7 +112,8 @@ TEST_F(CopyTest, CopiesAFolderSubtreeWithEveryRow) {
   EXPECT_EQ(layer_, model_.QueryChildByOrder(source_, 1, isLayer));
 }
 
-TEST_F(CopyTest, RefusesBadPlacementsAndDiscardsCleanly) {
+TEST_F(CopyTest, RefusesBadPlacementsAndADiscardedOrCancelledCopyIsRolledBackWhole) {
+  const int folders = Rows("folder"), shapes = Rows("shape");
   CLayerBatchCopier copier(&model_);
   ASSERT_TRUE(copier.BeginCopy(nullptr));
   CZuLogCapture capture;
@@ -136,17 +123,12 @@ TEST_F(CopyTest, RefusesBadPlacementsAndDiscardsCleanly) {
   bool isLayer = false;
   EXPECT_FALSE(copier.CopyNode(layer_, model_.QueryChildByOrder(layer_, 1, isLayer)));
   EXPECT_EQ(4, capture.Count("[CopyNode]:"));
-  const int shapes = Count("shape");
   ASSERT_TRUE(copier.CopyNode(featureA_, layer_));
-  EXPECT_EQ(shapes + 1, Count("shape"));
+  EXPECT_EQ(shapes + 1, Rows("shape"));
   ASSERT_TRUE(copier.DiscardCopy());
-  EXPECT_EQ(shapes, Count("shape"));
+  EXPECT_EQ(shapes, Rows("shape"));
   EXPECT_FALSE(copier.CopyNode(featureA_, layer_));  // not copying any more
-}
 
-TEST_F(CopyTest, ACancelledCopyIsRolledBackWhole) {
-  const int folders = Count("folder"), shapes = Count("shape");
-  CLayerBatchCopier copier(&model_);
   CountingCopyProgress progress;
   progress.cancelAt = 4;
   ASSERT_TRUE(copier.BeginCopy(&progress));
@@ -155,8 +137,8 @@ TEST_F(CopyTest, ACancelledCopyIsRolledBackWhole) {
   EXPECT_EQ(4, progress.last);
   EXPECT_FALSE(copier.IsCopying());
   EXPECT_FALSE(model_.IsInTransaction());
-  EXPECT_EQ(folders, Count("folder"));
-  EXPECT_EQ(shapes, Count("shape"));
+  EXPECT_EQ(folders, Rows("folder"));
+  EXPECT_EQ(shapes, Rows("shape"));
 }
 
 TEST_F(CopyTest, TransferMovesALayerIntoAnotherDatabase) {
@@ -166,15 +148,16 @@ TEST_F(CopyTest, TransferMovesALayerIntoAnotherDatabase) {
   ASSERT_TRUE(other.Install(otherDb.Path()));
   CTreeBuilder otherTree(&other);
   const std::string target = otherTree.AddFolder(otherDb.RootUUID(), "target");
-  const int sourceShapes = Count("shape");
+  const int sourceShapes = Rows("shape");
 
   CLayerBatchTransfer transfer(&model_, &other);
   std::string copy;
   ASSERT_TRUE(transfer.Transfer(layer_, target, true, &copy));
   EXPECT_EQ("L", other.QueryLayerOption(copy).GetName());
-  EXPECT_EQ("2", Scalar(other, "SELECT COUNT(*) FROM shape"));
-  EXPECT_EQ("1", Scalar(other, "SELECT COUNT(*) FROM shape WHERE geom IS NOT NULL"));
-  EXPECT_EQ(sourceShapes - 2, Count("shape"));
+  EXPECT_EQ("2", QueryScalar(otherDb.Path(), "SELECT COUNT(*) FROM shape"));
+  EXPECT_EQ("1",
+            QueryScalar(otherDb.Path(), "SELECT COUNT(*) FROM shape WHERE geom IS NOT NULL"));
+  EXPECT_EQ(sourceShapes - 2, Rows("shape"));
   EXPECT_FALSE(model_.IsLayerUUID(layer_));
   bool isLayer = true;
   const std::string inner = model_.QueryChildByOrder(source_, 0, isLayer);

@@ -12,7 +12,7 @@
 #include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
-#include "TestDatabase.h"
+#include "ModelTest.h"
 #include "TextConversion.h"
 #include "TreeBuilder.h"
 #include "ZuLog.h"
@@ -57,18 +57,8 @@ class RecordingObserver : public IAnnotationDBObjectObserver {
   std::vector<std::string> deleted;
 };
 
-class DeleterTest : public ::testing::Test {
+class DeleterTest : public CModelTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-    root_ = db_.RootUUID();
-  }
-  int Count(const std::string& sql) {
-    CSqlStatement stmt(model_.GetConnection(), sql, "");
-    return stmt.StepRow() ? stmt.ColumnInt(0) : -1;
-  }
   // `n` features with a status, a property, a user data, an enclosure and a style row each,
   // written straight in SQL.
   void AddFeatures(const std::string& layer, int n) {
@@ -104,55 +94,28 @@ class DeleterTest : public ::testing::Test {
     }
     ASSERT_TRUE(ExecSql(db, "COMMIT", ""));
   }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
-  std::string root_;
 };
 
 }  // namespace
 
-TEST_F(DeleterTest, ThirteenThousandFeaturesGoInThreeBatches) {
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string layer = tree_.AddLayer(folder, "big");
-  AddFeatures(layer, 13000);
-  RecordingProgress progress;
-  CLayerBatchDeleter deleter(&model_);
-  deleter.BeginDelete(false, &progress);
-  EXPECT_TRUE(deleter.IsDeleting());
-  ASSERT_TRUE(deleter.BatchDeleteLayer(layer));
-  CZuLogCapture capture;
-  deleter.EndDelete();
-  EXPECT_FALSE(deleter.IsDeleting());
-  EXPECT_EQ(1, capture.Count("EndDelete: "));
-  const std::vector<std::string> expected = {"features big 6000/13000", "features big 12000/13000",
-                                             "features big 13000/13000", "layer big"};
-  EXPECT_EQ(expected, progress.events);
-  for (const char* table : {"shape", "shape_status", "shape_property", "shape_userdata",
-                            "shape_enclosure", "shape_style"}) {
-    EXPECT_EQ(0, Count(std::string("SELECT COUNT(*) FROM ") + table)) << table;
-  }
-  EXPECT_EQ(0, Count("SELECT COUNT(*) FROM layer"));
-  EXPECT_EQ(0, Count("SELECT COUNT(*) FROM layer_status"));
-  EXPECT_FALSE(model_.IsInTransaction());
-}
-
-TEST_F(DeleterTest, CancelKeepsWhatWasDeletedAndTheLayer) {
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string layer = tree_.AddLayer(folder, "big");
+TEST_F(DeleterTest, FeaturesGoInBatchesOfSixThousandAndACancelKeepsWhatWasDeleted) {
+  const std::string layer = tree_.AddLayer(tree_.AddFolder(root_, "f"), "big");
   AddFeatures(layer, 7000);
   RecordingProgress progress;
   progress.cancelOnFeatures = true;
   CLayerBatchDeleter deleter(&model_);
   deleter.BeginDelete(false, &progress);
+  EXPECT_TRUE(deleter.IsDeleting());
   EXPECT_FALSE(deleter.BatchDeleteLayer(layer));
   EXPECT_FALSE(deleter.IsDeleting());
   deleter.EndDelete();
   EXPECT_EQ(std::vector<std::string>{"features big 6000/7000"}, progress.events);
-  EXPECT_EQ(1000, Count("SELECT COUNT(*) FROM shape"));
-  EXPECT_EQ(1000, Count("SELECT COUNT(*) FROM shape_status"));
+  for (const char* table : {"shape", "shape_status", "shape_property", "shape_userdata",
+                            "shape_enclosure", "shape_style"}) {
+    EXPECT_EQ(1000, Count(std::string("SELECT COUNT(*) FROM ") + table)) << table;
+  }
   EXPECT_EQ(1, Count("SELECT COUNT(*) FROM layer"));
+  EXPECT_FALSE(model_.IsInTransaction());
 }
 
 TEST_F(DeleterTest, DeepestLayersFirstAndObserversHearOfEachLayer) {
@@ -188,8 +151,7 @@ TEST_F(DeleterTest, DeepestLayersFirstAndObserversHearOfEachLayer) {
 }
 
 TEST_F(DeleterTest, QuietTopLevelSkipsItsCallbackAndNotification) {
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string layer = tree_.AddLayer(folder, "l");
+  const std::string layer = tree_.AddLayer(tree_.AddFolder(root_, "f"), "l");
   RecordingObserver observer;
   model_.AddObserver(&observer);
   RecordingProgress progress;
@@ -204,20 +166,8 @@ TEST_F(DeleterTest, QuietTopLevelSkipsItsCallbackAndNotification) {
   model_.RemoveObserver(&observer);
 }
 
-TEST(DeleterSetupTest, RefusesModelsThatAreNotOpen) {
-  CSpatialiteDBDataModel closed;
-  CZuLogCapture capture;
-  CLayerBatchDeleter deleter(&closed);
-  EXPECT_EQ(1, capture.Count("[CLayerBatchDeleter] " + Utf8ToLocal("DBDataModel未建立")));
-  deleter.BeginDelete(false, nullptr);
-  EXPECT_FALSE(deleter.BatchDeleteLayer("x"));
-  CLayerBatchDeleter none(nullptr);
-  EXPECT_FALSE(none.BatchDeleteFolder("x"));
-}
-
-TEST_F(DeleterTest, ModelDeletesGoThroughTheDeleter) {
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string layer = tree_.AddLayer(folder, "l");
+TEST_F(DeleterTest, ModelDeletesGoThroughTheDeleterWhichRefusesQuotesAndClosedModels) {
+  const std::string layer = tree_.AddLayer(tree_.AddFolder(root_, "f"), "l");
   AddFeatures(layer, 10);
   CZuLogCapture capture;
   ASSERT_TRUE(model_.DeleteLayer(layer));
@@ -228,4 +178,11 @@ TEST_F(DeleterTest, ModelDeletesGoThroughTheDeleter) {
   EXPECT_FALSE(deleter.BatchDeleteLayer("it's"));  // refused before it reaches SQL
   deleter.EndDelete();
   EXPECT_EQ(1, capture.Count("refused uuid"));
+
+  CSpatialiteDBDataModel closed;
+  CLayerBatchDeleter unusable(&closed);
+  EXPECT_EQ(1, capture.Count("[CLayerBatchDeleter] " + Utf8ToLocal("DBDataModel未建立")));
+  unusable.BeginDelete(false, nullptr);
+  EXPECT_FALSE(unusable.BatchDeleteLayer("x"));
+  EXPECT_FALSE(CLayerBatchDeleter(nullptr).BatchDeleteFolder("x"));
 }

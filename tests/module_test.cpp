@@ -33,18 +33,14 @@ namespace {
 
 class ModuleTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    savedDataDir_ = CZuCoreApplication::GetInstance()->GetDataDir();
-    // A fresh account: the data directory does not exist yet.
-    CZuCoreApplication::GetInstance()->SetDataDir(DataDir());
-  }
+  // A fresh account: the data directory does not exist yet.
+  void SetUp() override { CZuCoreApplication::GetInstance()->SetDataDir(dir_.Path() + "a/b/"); }
   void TearDown() override {
     DestroyAnnotationLayerModule();
     CZuCoreApplication::GetInstance()->SetDataDir(savedDataDir_);
   }
-  std::string DataDir() const { return dataDir_.Path() + "fresh/account/"; }
-  CTempDir dataDir_;
-  std::string savedDataDir_;
+  CTempDir dir_;
+  const std::string savedDataDir_ = CZuCoreApplication::GetInstance()->GetDataDir();
 };
 
 class NotAModel : public IObject {};
@@ -105,9 +101,7 @@ IAnnotationSpatialEngine* StartEngineOverPoints(IAnnotationLayerModule* module,
                                                 IAnnotationDBDataModel* model,
                                                 const std::string& root) {
   const std::string folder = CTreeBuilder(model).AddFolder(root, "f");
-  SPointGrid grid;
-  grid.columns = 3;
-  if (!ImportPointGrid(model, folder, "points", grid)) return nullptr;
+  if (!ImportPointGrid(model, folder, "points", SPointGrid{3})) return nullptr;
   model->GetNodeCacheCalculator()->Refresh();
   if (!model->GetNodeCacheCalculator()->WaitForFinished(10000)) return nullptr;
   IAnnotationSpatialEngine* engine = module->CreateSpatialEngine("callback", model);
@@ -137,73 +131,42 @@ TEST_F(ModuleTest, StartLogsVersionsAndRegistersTheDataModel) {
   EXPECT_FALSE(CObjectCreatorSingleton::GetInstance()->IsRegistered("CSpatialiteDBDataModel"));
 }
 
-TEST_F(ModuleTest, DataModelRegistry) {
+TEST_F(ModuleTest, DataModelAndSpatialEngineRegistries) {
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
   ASSERT_TRUE(module->Start());
   EXPECT_EQ(nullptr, module->CreateDataModel("NoSuchClass", "x"));
-
   IAnnotationDBDataModel* first = module->CreateDataModel("CSpatialiteDBDataModel", "first");
-  IAnnotationDBDataModel* second = module->CreateDataModel("CSpatialiteDBDataModel", "second");
+  IAnnotationDBDataModel* model = module->CreateDataModel("CSpatialiteDBDataModel", "m");
   ASSERT_NE(nullptr, first);
-  ASSERT_NE(nullptr, second);
+  ASSERT_NE(nullptr, model);
   EXPECT_EQ("first", first->GetObjectName());
   EXPECT_EQ(2, module->GetDataModelCount());
   EXPECT_EQ(first, module->GetDataModel(first->GetObjectID()));
-  EXPECT_EQ(second, module->FindDataModel("second"));
+  EXPECT_EQ(model, module->FindDataModel("m"));
   EXPECT_EQ(nullptr, module->FindDataModel("third"));
   EXPECT_EQ(nullptr, module->GetDataModel(-5));
-
   CTestDatabase db;
   ASSERT_TRUE(first->Install(db.Path()));
   EXPECT_TRUE(module->DestroyDataModel(first));
   EXPECT_EQ(1, module->GetDataModelCount());
   EXPECT_FALSE(module->DestroyDataModel(nullptr));
 
-  ASSERT_TRUE(second->Install(db.Path()));
-  EXPECT_TRUE(module->Stop());  // uninstalls and deletes what is left
-  EXPECT_EQ(0, module->GetDataModelCount());
-}
-
-TEST_F(ModuleTest, CreateObjectIsUnregisteredAndChecksTheType) {
-  IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
-  ASSERT_TRUE(module->Start());
-  IAnnotationDBDataModel* model = module->CreateObject("CSpatialiteDBDataModel");
-  ASSERT_NE(nullptr, model);
-  EXPECT_EQ(0, module->GetDataModelCount());
-  EXPECT_EQ(-1, model->GetObjectID());
-  delete model;
-
-  CObjectRegisterAgentT<NotAModel> agent;
-  ASSERT_TRUE(CObjectCreatorSingleton::GetInstance()->RegisterType("NotAModel", &agent));
-  EXPECT_EQ(nullptr, module->CreateObject("NotAModel"));
-  EXPECT_EQ(nullptr, module->CreateDataModel("NotAModel", "x"));
-  CObjectCreatorSingleton::GetInstance()->UnregisterType("NotAModel");
-}
-
-TEST_F(ModuleTest, SpatialEngineRegistry) {
-  IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
-  ASSERT_TRUE(module->Start());
   EXPECT_EQ(nullptr, module->CreateSpatialEngine("e", nullptr));
   EXPECT_EQ(nullptr, module->GetSpatialEngine(1));
-  EXPECT_EQ(nullptr, module->FindSpatialEngine("e"));
   EXPECT_FALSE(module->DestroySpatialEngine(nullptr));
-
-  CTestDatabase db;
-  IAnnotationDBDataModel* model = module->CreateDataModel("CSpatialiteDBDataModel", "m");
-  ASSERT_NE(nullptr, model);
   ASSERT_TRUE(model->Install(db.Path()));
-  IAnnotationSpatialEngine* first = module->CreateSpatialEngine("first", model);
+  IAnnotationSpatialEngine* engine = module->CreateSpatialEngine("first", model);
   IAnnotationSpatialEngine* second = module->CreateSpatialEngine("second", model);
-  ASSERT_NE(nullptr, first);
+  ASSERT_NE(nullptr, engine);
   ASSERT_NE(nullptr, second);
-  EXPECT_EQ("first", first->GetName());
-  EXPECT_EQ(model, first->GetDataModel());
-  EXPECT_EQ(first, module->GetSpatialEngine(first->GetID()));
+  EXPECT_EQ("first", engine->GetName());
+  EXPECT_EQ(model, engine->GetDataModel());
+  EXPECT_EQ(engine, module->GetSpatialEngine(engine->GetID()));
   EXPECT_EQ(second, module->FindSpatialEngine("second"));
   EXPECT_EQ(nullptr, module->FindSpatialEngine("third"));
-  ASSERT_TRUE(first->Start());
-  const int firstId = first->GetID();
-  EXPECT_TRUE(module->DestroySpatialEngine(first));  // stopped and deleted
+  ASSERT_TRUE(engine->Start());
+  const int firstId = engine->GetID();
+  EXPECT_TRUE(module->DestroySpatialEngine(engine));  // stopped and deleted
   EXPECT_EQ(nullptr, module->GetSpatialEngine(firstId));
 
   // Stop winds down what is left, started engines included, before their model goes.
@@ -217,15 +180,22 @@ TEST_F(ModuleTest, SpatialEngineRegistry) {
   EXPECT_EQ(0, module->GetDataModelCount());
 }
 
-TEST_F(ModuleTest, CreateEntityHandsANewEntityToTheCaller) {
+TEST_F(ModuleTest, CreateObjectAndCreateEntityHandNewUnregisteredObjectsToTheCaller) {
   IAnnotationLayerModule* module = GetOrCreateAnnotationLayerModule();
-  std::unique_ptr<CAnnotationEntity> first(module->CreateEntity());
-  std::unique_ptr<CAnnotationEntity> second(module->CreateEntity());
-  ASSERT_NE(nullptr, first);
-  ASSERT_NE(nullptr, second);
-  EXPECT_LT(first->GetID(), second->GetID());
-  EXPECT_FALSE(first->IsAttached());
-  EXPECT_EQ("", first->GetUUID());
+  ASSERT_TRUE(module->Start());
+  std::unique_ptr<IAnnotationDBDataModel> model(module->CreateObject("CSpatialiteDBDataModel"));
+  ASSERT_NE(nullptr, model);
+  EXPECT_EQ(0, module->GetDataModelCount());
+  EXPECT_EQ(-1, model->GetObjectID());
+  CObjectRegisterAgentT<NotAModel> agent;
+  ASSERT_TRUE(CObjectCreatorSingleton::GetInstance()->RegisterType("NotAModel", &agent));
+  EXPECT_EQ(nullptr, module->CreateObject("NotAModel"));
+  EXPECT_EQ(nullptr, module->CreateDataModel("NotAModel", "x"));
+  CObjectCreatorSingleton::GetInstance()->UnregisterType("NotAModel");
+
+  std::unique_ptr<CAnnotationEntity> entity(module->CreateEntity());
+  ASSERT_NE(nullptr, entity);
+  EXPECT_FALSE(entity->IsAttached());
 }
 
 TEST_F(ModuleTest, ObserversMayCallTheModuleWhileItsEnginesStop) {

@@ -7,7 +7,7 @@
 #include "NodeOrderRebuilder.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
-#include "TestDatabase.h"
+#include "ModelTest.h"
 #include "TextConversion.h"
 #include "TreeBuilder.h"
 #include "ZuLog.h"
@@ -17,25 +17,14 @@ using AnnotationLayerInner::Utf8ToLocal;
 
 namespace {
 
-class RebuilderTest : public ::testing::Test {
+class RebuilderTest : public CModelTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-    root_ = db_.RootUUID();
-  }
   void SetOrder(const char* table, const std::string& uuid, int order) {
     ASSERT_TRUE(ExecSql(model_.GetConnection(),
                         std::string("UPDATE ") + table + " SET order_num = " +
                             std::to_string(order) + " WHERE uuid = '" + uuid + "'",
                         ""));
   }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
-  std::string root_;
 };
 
 class CountingProgress : public CNodeOrderRebuilder::IRebuildProgress {
@@ -63,36 +52,28 @@ class CountingProgress : public CNodeOrderRebuilder::IRebuildProgress {
 
 }  // namespace
 
-TEST_F(RebuilderTest, AssignedListsKeepTheirNumbers) {
-  const std::string a = tree_.AddFolder(root_, "a");
-  const std::string b = tree_.AddFolder(root_, "b");
-  const std::string c = tree_.AddFolder(root_, "c");
-  SetOrder("folder_order", a, 5);
-  SetOrder("folder_order", b, 9);
-  SetOrder("folder_order", c, 12);
-  for (bool recursive : {false, true}) {
-    CNodeOrderRebuilder rebuilder(&model_);
-    CountingProgress progress;
-    ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(root_, recursive, &progress));
-    EXPECT_EQ(recursive, progress.begun && progress.beganRecursive);
-    EXPECT_TRUE(progress.ended);
-    EXPECT_EQ(5, model_.QueryOrderNum(NODE_KIND_FOLDER, a));
-    EXPECT_EQ(9, model_.QueryOrderNum(NODE_KIND_FOLDER, b));
-    EXPECT_EQ(12, model_.QueryOrderNum(NODE_KIND_FOLDER, c));
-    // Only the recursive run walks the list.
-    EXPECT_EQ(recursive ? 3u : 0u, progress.nodes.size());
-  }
-}
-
-TEST_F(RebuilderTest, UnassignedNumberRenumbersInLinkOrderAndTellsTheCalculator) {
+TEST_F(RebuilderTest, AssignedListsKeepTheirNumbersAnUnassignedOneRenumbersInLinkOrder) {
   const std::string a = tree_.AddFolder(root_, "a");
   const std::string b = tree_.AddFolder(root_, "b");
   const std::string c = tree_.AddFolder(root_, "c");
   std::vector<std::string> inner;
   for (const std::string& folder : {a, b, c}) inner.push_back(tree_.AddFolder(folder, "inner"));
   SetOrder("folder_order", a, 7);
-  SetOrder("folder_order", b, -1);
+  SetOrder("folder_order", b, 9);
   SetOrder("folder_order", c, 3);
+  for (bool recursive : {false, true}) {
+    CNodeOrderRebuilder rebuilder(&model_);
+    CountingProgress progress;
+    ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(root_, recursive, &progress));
+    EXPECT_EQ(recursive, progress.begun && progress.beganRecursive);
+    EXPECT_TRUE(progress.ended);
+    EXPECT_EQ(9, model_.QueryOrderNum(NODE_KIND_FOLDER, b));
+    EXPECT_EQ(3, model_.QueryOrderNum(NODE_KIND_FOLDER, c));
+    // Only the recursive run walks the lists: the root's and each folder's.
+    EXPECT_EQ(recursive ? 6u : 0u, progress.nodes.size());
+  }
+
+  SetOrder("folder_order", b, -1);
   CNodeOrderRebuilder rebuilder(&model_);
   CountingProgress progress(&rebuilder);
   CZuLogCapture capture;
@@ -105,10 +86,9 @@ TEST_F(RebuilderTest, UnassignedNumberRenumbersInLinkOrderAndTellsTheCalculator)
   EXPECT_EQ((std::vector<std::string>{a, b, c}), progress.nodes);
   EXPECT_EQ(3, progress.lastCount);
   // The calculator holds one more than the rows.
-  CNodeCacheCalculator* calculator = model_.GetNodeCacheCalculator();
-  EXPECT_EQ(1, calculator->GetEntityOrder(inner[0]).At(1));
-  EXPECT_EQ(2, calculator->GetEntityOrder(inner[1]).At(1));
-  EXPECT_EQ(3, calculator->GetEntityOrder(inner[2]).At(1));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(i + 1, model_.GetNodeCacheCalculator()->GetEntityOrder(inner[i]).At(1));
+  }
   EXPECT_EQ(1, capture.Count("[RebuildNodeOrderNum] " + Utf8ToLocal("提交批量节点Num顺序更新完成 ")));
   EXPECT_EQ(1, capture.Count(" ms <<<<<"));
 }

@@ -71,11 +71,7 @@ TEST(SpatialEngineStressTest, HostOperationsAndAForeignImportWhileTheEngineRuns)
   ASSERT_TRUE(model.Install(db.Path()));
   ASSERT_TRUE(model.GetNodeCacheCalculator()->WaitForFinished(10000));
   const std::string folder = CTreeBuilder(&model).AddFolder(db.RootUUID(), "f");
-  SPointGrid grid;
-  grid.columns = kColumns;
-  grid.rows = kRows;
-  grid.step = kStep;
-  ASSERT_TRUE(ImportPointGrid(&model, folder, "grid", grid, 50000));
+  ASSERT_TRUE(ImportPointGrid(&model, folder, "grid", SPointGrid{kColumns, kRows, 0, 0, kStep}));
   model.GetNodeCacheCalculator()->Refresh();
   ASSERT_TRUE(model.GetNodeCacheCalculator()->WaitForFinished(60000));
   // Row-major grid order: cell (i, j) is feature j * kColumns + i.
@@ -112,12 +108,7 @@ TEST(SpatialEngineStressTest, HostOperationsAndAForeignImportWhileTheEngineRuns)
     // than SpatiaLite's few seconds.
     sqlite3_busy_timeout(other.GetConnection(), 60000);
     for (int k = 0; k < 3; ++k) {
-      SPointGrid late;
-      late.columns = 10;
-      late.rows = 5;
-      late.x0 = (20 * k + 0.25) * kStep;
-      late.y0 = (10 * k + 0.25) * kStep;
-      late.step = kStep;
+      const SPointGrid late{10, 5, (20 * k + 0.25) * kStep, (10 * k + 0.25) * kStep, kStep};
       imported = ImportPointGrid(&other, folder, "late" + std::to_string(k), late) && imported;
     }
     other.GetNodeCacheCalculator()->WaitForFinished(kWaitMs);

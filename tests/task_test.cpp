@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <stdexcept>
@@ -42,59 +43,33 @@ class Signal {
   bool set_ = false;
 };
 
-// Polls until stopped, counting rounds.
-class PollingTask : public CTask {
+// A task whose body is a function of the task; `started` is set as the body begins.
+class BodyTask : public CTask {
  public:
-  std::atomic<int> rounds{0};
-  Signal started;
+  explicit BodyTask(std::function<void(BodyTask&)> body) : body_(std::move(body)) {}
+  Signal started, release;
 
  protected:
   void OnRunTask() override {
     started.Set();
-    while (!IsStopped()) {
-      ++rounds;
-      std::this_thread::sleep_for(milliseconds(1));
-    }
+    body_(*this);
   }
+
+ private:
+  std::function<void(BodyTask&)> body_;
 };
 
-class ThrowingTask : public CTask {
- public:
-  Signal entered;
-
- protected:
-  void OnRunTask() override {
-    entered.Set();
-    throw std::runtime_error("body failed");
-  }
-};
-
-// Ignores stop requests until released.
-class StubbornTask : public CTask {
- public:
-  Signal started;
-  Signal release;
-
- protected:
-  void OnRunTask() override {
-    started.Set();
-    release.WaitFor(seconds(30));
-  }
-};
-
-// Records the scheduling of its own thread.
-class PriorityProbe : public CTask {
- public:
-  int policy = -1;
-  int nice = -100;
-
- protected:
-  void OnRunTask() override {
+// The scheduling policy and nice value of a task run at `priority` from the calling thread.
+std::pair<int, int> SchedulingAt(int priority) {
+  int policy = -1, nice = -100;
+  BodyTask probe([&](BodyTask&) {
     policy = sched_getscheduler(0);
-    errno = 0;
     nice = getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
-  }
-};
+  });
+  EXPECT_TRUE(probe.StartTask("probe", priority, 0));
+  EXPECT_TRUE(probe.StopTask(-1));
+  return {policy, nice};
+}
 
 // Calls SleepWhileRunning on its thread and records the slices it sleeps instead of sleeping;
 // `stopInSlice` (1-based) requests a stop from inside that slice.
@@ -126,15 +101,12 @@ class SleepProbe : public CTask {
 
 }  // namespace
 
-TEST(TaskTest, StopWithoutStartReturnsFalse) {
-  PollingTask task;
-  EXPECT_FALSE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
-  EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
-}
-
 TEST(TaskTest, StartPollStopAndRestart) {
-  PollingTask task;
+  BodyTask task([](BodyTask& self) {
+    while (!self.IsStopped()) std::this_thread::sleep_for(milliseconds(1));
+  });
+  EXPECT_FALSE(task.StopTask(-1));  // never started
+  EXPECT_FALSE(task.SleepWhileRunning(-5));  // stopped: at once, false
   ASSERT_TRUE(task.StartTask("poller", 120, 102400));
   EXPECT_EQ("poller", task.GetName());
   ASSERT_TRUE(task.started.WaitFor());
@@ -143,25 +115,21 @@ TEST(TaskTest, StartPollStopAndRestart) {
   EXPECT_TRUE(task.IsStopped());
   EXPECT_TRUE(task.StopTask(-1));
   EXPECT_FALSE(task.StopTask(-1));  // handle released
-  // A second run on the same object.
-  ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));
+  ASSERT_TRUE(task.StartTask(task.GetName(), 120, 102400));  // a second run on the same object
   EXPECT_TRUE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
-}
 
-TEST(TaskTest, ThrowingBodyReadsAsStopped) {
-  ThrowingTask task;
-  ASSERT_TRUE(task.StartTask("thrower", 120, 0));
-  ASSERT_TRUE(task.entered.WaitFor());
-  EXPECT_TRUE(task.StopTask(-1));
-  EXPECT_TRUE(task.IsStopped());
+  BodyTask thrower([](BodyTask&) { throw std::runtime_error("body failed"); });
+  ASSERT_TRUE(thrower.StartTask("thrower", 120, 0));
+  ASSERT_TRUE(thrower.started.WaitFor());
+  EXPECT_TRUE(thrower.StopTask(-1));
+  EXPECT_TRUE(thrower.IsStopped());  // a body that throws reads as stopped
 }
 
 TEST(TaskTest, BoundedStopThatRunsOutAbandonsTheThreadWithoutATrap) {
-  StubbornTask task;
+  BodyTask task([](BodyTask& self) { self.release.WaitFor(seconds(30)); });  // ignores stops
   ASSERT_TRUE(task.StartTask("stubborn", 120, 0));
   ASSERT_TRUE(task.started.WaitFor());
-  EXPECT_FALSE(task.StopTask(20));  // the body ignores the request
+  EXPECT_FALSE(task.StopTask(20));
   EXPECT_TRUE(task.IsStopped());    // the flag stays cleared
   EXPECT_TRUE(task.IsAbandoned());
   // A restart neither waits for the abandoned body nor runs a second thread beside it.
@@ -207,54 +175,45 @@ TEST(TaskTest, DestroyingARunningTaskDetachesItsThread) {
 }
 
 TEST(TaskTest, PriorityStepsAndOffStepValues) {
-  PriorityProbe idle;
-  ASSERT_TRUE(idle.StartTask("p255", 255, 0));
-  ASSERT_TRUE(idle.StopTask(-1));
-  EXPECT_EQ(SCHED_IDLE, idle.policy);
-
-  PriorityProbe lowest;
-  ASSERT_TRUE(lowest.StartTask("p200", 200, 0));
-  ASSERT_TRUE(lowest.StopTask(-1));
-  EXPECT_EQ(SCHED_OTHER, lowest.policy);
-  EXPECT_GT(lowest.nice, getpriority(PRIO_PROCESS, 0));
+  EXPECT_EQ(SCHED_IDLE, SchedulingAt(255).first);
+  const std::pair<int, int> lowest = SchedulingAt(200);
+  EXPECT_EQ(SCHED_OTHER, lowest.first);
+  EXPECT_GT(lowest.second, getpriority(PRIO_PROCESS, 0));
 
   // Normal (120, and 100, which is no step) is set, not inherited: a task started from an idle,
   // niced thread runs at normal priority. Leaving the idle class needs privileges.
   if (geteuid() != 0) GTEST_SKIP() << "needs root to leave the idle scheduling class";
   for (int priority : {120, 100}) {
-    PriorityProbe normal;
+    std::pair<int, int> normal;
     std::thread([&] {
       sched_param param{};
       ASSERT_EQ(0, pthread_setschedparam(pthread_self(), SCHED_IDLE, &param));
       setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 19);
-      ASSERT_TRUE(normal.StartTask("normal", priority, 0));
-      ASSERT_TRUE(normal.StopTask(-1));
+      normal = SchedulingAt(priority);
     }).join();
-    EXPECT_EQ(SCHED_OTHER, normal.policy) << priority;
-    EXPECT_EQ(0, normal.nice) << priority;
+    EXPECT_EQ(SCHED_OTHER, normal.first) << priority;
+    EXPECT_EQ(0, normal.second) << priority;
   }
 }
 
 TEST(TaskTest, LongSleepsAreSlicedAndEndAfterTheSliceThatSawTheStop) {
-  SleepProbe whole;
-  whole.sleepMs = 2500;
-  whole.Run();
-  EXPECT_TRUE(whole.result);
-  EXPECT_EQ((std::vector<int>{1000, 1000, 500}), whole.slices);
-
-  SleepProbe cut;
-  cut.sleepMs = 2500;
-  cut.stopInSlice = 1;
-  cut.Run();
-  EXPECT_FALSE(cut.result);
-  EXPECT_EQ(std::vector<int>{1000}, cut.slices);
-
-  SleepProbe brief;
-  brief.sleepMs = -5;  // taken as 100
-  brief.stopInSlice = 1;
-  brief.Run();
-  EXPECT_TRUE(brief.result) << "a stop during a short sleep does not cut it";
-  EXPECT_EQ(std::vector<int>{100}, brief.slices);
+  struct Case {
+    int sleepMs, stopInSlice;
+    bool result;
+    std::vector<int> slices;
+  };
+  const Case cases[] = {{2500, 0, true, {1000, 1000, 500}},
+                        {2500, 1, false, {1000}},
+                        {-5, 1, true, {100}}};  // taken as 100; a short sleep is not cut
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.sleepMs);
+    SleepProbe probe;
+    probe.sleepMs = c.sleepMs;
+    probe.stopInSlice = c.stopInSlice;
+    probe.Run();
+    EXPECT_EQ(c.result, probe.result);
+    EXPECT_EQ(c.slices, probe.slices);
+  }
 }
 
 namespace {
@@ -273,21 +232,16 @@ TEST(TaskExTest, ForwardsToItsUserAndEndsWithoutOne) {
   CTaskEx orphan;
   ASSERT_TRUE(orphan.StartTask("orphan", 120, 0));
   EXPECT_TRUE(orphan.StopTask(-1));
-  EXPECT_TRUE(orphan.IsStopped());
-
   CountingUser user;
   CTaskEx first, second;
-  first.SetTaskUser(&user);
-  second.SetTaskUser(&user);
-  ASSERT_TRUE(first.StartTask("a", 120, 0));
-  ASSERT_TRUE(first.StopTask(-1));
-  EXPECT_EQ(&first, user.lastTask);
-  ASSERT_TRUE(second.StartTask("b", 120, 0));
-  ASSERT_TRUE(second.StopTask(-1));
-  EXPECT_EQ(&second, user.lastTask);
+  for (CTaskEx* task : {&first, &second}) {
+    task->SetTaskUser(&user);
+    ASSERT_TRUE(task->StartTask("t", 120, 0));
+    ASSERT_TRUE(task->StopTask(-1));
+    EXPECT_EQ(task, user.lastTask);
+  }
   EXPECT_EQ(2, user.calls.load());
-  CTaskExUser plain;
-  plain.OnRunTaskEx(&first);  // the default does nothing
+  CTaskExUser().OnRunTaskEx(&first);  // the default does nothing
 }
 
 TEST(CriticalLockTest, IsReentrantAndExcludesOtherThreads) {

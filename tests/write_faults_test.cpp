@@ -116,37 +116,29 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
   const std::string keep =
       "SELECT COUNT(*) FROM shape WHERE puuid = (SELECT uuid FROM layer WHERE name = 'keep')";
 
-  // How many writes the operation makes when nothing fails.
-  int total = 0;
-  {
-    ASSERT_TRUE(WriteFileBytes(path, shared_->Bytes()));
+  // Runs the operation on a fresh copy with writes failing after `allowed` of them (none when
+  // negative) and returns how many writes it made.
+  auto run = [&](int allowed) {
+    EXPECT_TRUE(WriteFileBytes(path, shared_->Bytes()));
     CFaultVfs vfs;
     CSpatialiteDBDataModel model;
-    ASSERT_TRUE(model.Install(path));
+    EXPECT_TRUE(model.Install(path));
     model.GetNodeCacheCalculator()->WaitForFinished(-1);
-    vfs.FailAfter(-1, false);
+    vfs.FailAfter(allowed, allowed % 2 == 1);
     operation(model, *shared_);
     model.GetNodeCacheCalculator()->WaitForFinished(-1);
-    total = vfs.WritesSeen();
-  }
+    const int writes = vfs.WritesSeen();
+    vfs.FailAfter(-1, false);
+    model.Uninstall();
+    return writes;
+  };
+  const int total = run(-1);
   ASSERT_GT(total, 0);
-
-  // Then the same with the writes failing from each step on (at most 25 steps, spread evenly).
+  // Then the writes failing from each step on (at most 25 steps, spread evenly).
   const int stride = std::max(1, total / 25);
   int injected = 0;
   for (int allowed = 0; allowed < total; allowed += stride, ++injected) {
-    ASSERT_TRUE(WriteFileBytes(path, shared_->Bytes()));
-    {
-      CFaultVfs vfs;
-      CSpatialiteDBDataModel model;
-      ASSERT_TRUE(model.Install(path));
-      model.GetNodeCacheCalculator()->WaitForFinished(-1);
-      vfs.FailAfter(allowed, allowed % 2 == 1);
-      operation(model, *shared_);
-      model.GetNodeCacheCalculator()->WaitForFinished(-1);
-      vfs.FailAfter(-1, false);
-      model.Uninstall();
-    }
+    run(allowed);
     // Opening read-write rolls back a journal left by the failure.
     CSpatialiteDBDataModel reopened;
     ASSERT_TRUE(reopened.Install(path)) << "writes allowed: " << allowed;

@@ -147,18 +147,15 @@ bool StoredFeature::operator==(const StoredFeature& other) const {
 
 std::string Describe(const StoredFeature& feature) {
   std::ostringstream text;
-  text << "{name=" << feature.name << " kind=" << feature.kind << " parts=[";
+  text << feature.name << " kind " << feature.kind << ":";
   for (const auto& part : feature.parts) {
-    text << "(";
-    for (const CVector3D& v : part) text << v.X() << " " << v.Y() << " " << v.Z() << ",";
-    text << ")";
+    for (const CVector3D& v : part) text << " " << v.X() << "," << v.Y() << "," << v.Z();
+    text << ";";
   }
-  text << "] fields={";
   for (const auto& field : feature.fields) {
-    text << field.first << ":" << field.second.typeName() << "=" << field.second.toString().toStdString()
-         << ",";
+    text << " " << field.first << "(" << field.second.typeName()
+         << ")=" << field.second.toString().toStdString();
   }
-  text << "}}";
   return text.str();
 }
 

@@ -113,11 +113,6 @@ bool CLogWaiter::WaitForCount(const std::string& fragment, int count, int ms) co
                                  [&] { return sink_->CountLocked(fragment) >= count; });
 }
 
-void CLogWaiter::Clear() {
-  std::lock_guard<std::mutex> guard(sink_->mutex);
-  sink_->lines.clear();
-}
-
 void CLogWaiter::HoldAt(const std::string& fragment) {
   std::lock_guard<std::mutex> guard(sink_->mutex);
   sink_->hold = fragment;

@@ -58,7 +58,6 @@ class CLogWaiter {
   std::vector<std::string> Lines() const;
   // Waits until at least `count` lines contain `fragment`; false when `ms` ran out.
   bool WaitForCount(const std::string& fragment, int count, int ms = 20000) const;
-  void Clear();
   // The next line containing `fragment` keeps its logging thread waiting (at most 10 s) until
   // Release(); every other thread's logging waits with it.
   void HoldAt(const std::string& fragment);

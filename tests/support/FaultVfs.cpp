@@ -21,10 +21,8 @@ sqlite3_io_methods g_methods;
 
 sqlite3_file* Real(sqlite3_file* file) { return reinterpret_cast<ShimFile*>(file)->real; }
 
-int ShimClose(sqlite3_file* file) {
-  sqlite3_file* real = Real(file);
-  const int rc = real->pMethods != nullptr ? real->pMethods->xClose(real) : SQLITE_OK;
-  return rc;
+int ShimClose(sqlite3_file* f) {
+  return Real(f)->pMethods != nullptr ? Real(f)->pMethods->xClose(Real(f)) : SQLITE_OK;
 }
 int ShimRead(sqlite3_file* f, void* buffer, int amount, sqlite3_int64 offset) {
   return Real(f)->pMethods->xRead(Real(f), buffer, amount, offset);
