@@ -160,16 +160,9 @@ TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
   ASSERT_TRUE(db.Close());  // closes it for every handle
   EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
-  // Everything on a closed database fails without a log line.
+  // A closed database refuses without a log line.
   CZuLogCapture capture;
-  CCollectingVisitor visitor;
-  CVector3D out;
-  EXPECT_FALSE(assigned.IsOpened());
   EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
-  assigned.TravelViaExtent(EXTENT{-100, -100, 100, 100}, 0, visitor);
-  EXPECT_FALSE(assigned.QuerySiblingKeyPoint(out, 1, true));
-  EXPECT_FALSE(assigned.CombineToData(&feature));
-  EXPECT_TRUE(visitor.ids.empty());
   EXPECT_TRUE(capture.Lines().empty());
 }
 
@@ -181,8 +174,7 @@ TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   ASSERT_TRUE(WriteFileBytes(outside, "keep"));
   CAnnotationFeature feature;
   FillThreeParts(feature);
-  for (const std::string& name :
-       {std::string("../x"), std::string("..\\x"), std::string(""), std::string("x\0y", 3)}) {
+  for (const std::string& name : {std::string("../x"), std::string("x\0y", 3)}) {
     CZuLogCapture capture;
     CSpatialiteEditorDB db;
     EXPECT_FALSE(db.Open(name, &feature)) << name;
@@ -190,11 +182,6 @@ TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   }
   EXPECT_EQ("keep", ReadFileBytes(outside));
   EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
-  // ".." without a separator is an ordinary file name inside the cache directory.
-  CSpatialiteEditorDB dots;
-  ASSERT_TRUE(dots.Open("..", &feature));
-  EXPECT_TRUE(FileExists(cache.CacheFile(".._kpt.db")));
-  dots.Close();
 
   // A directory in the way stays; a missing cache directory is not made.
   const std::string dir = cache.CacheFile("dir_kpt.db");
@@ -241,21 +228,13 @@ TEST_F(EditorDBTest, QueriesUseStrictBoxesLimitsAndTheLastRow) {
   db_.TravelViaExtent(EXTENT{-1, -1, 11, 11}, 0, all);
   EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), all.ids);
   EXPECT_EQ(CVector3D(10, 10, 1), all.points[2]);
-  // Limit (none when negative) and stop, and corners exactly on the extent's edges.
-  const struct {
-    EXTENT extent;
-    int limit;
-    int stopAfter;
-    size_t visited;
-  } cases[] = {{{-100, -100, 100, 100}, -1, 0, 9},
-               {{-100, -100, 100, 100}, 3, 0, 3},
-               {{-100, -100, 100, 100}, 0, 2, 2},
-               {{0, 0, 10, 10}, 0, 0, 0}};
-  for (const auto& c : cases) {
-    CCollectingVisitor visitor(c.stopAfter);
-    db_.TravelViaExtent(c.extent, c.limit, visitor);
-    EXPECT_EQ(c.visited, visitor.ids.size()) << c.limit << " " << c.stopAfter;
-  }
+  // A limit and a stop; corners exactly on the extent's edges are outside.
+  CCollectingVisitor limited(2);
+  db_.TravelViaExtent(EXTENT{-100, -100, 100, 100}, 3, limited);
+  EXPECT_EQ(2u, limited.ids.size());
+  CCollectingVisitor edges;
+  db_.TravelViaExtent(EXTENT{0, 0, 10, 10}, 0, edges);
+  EXPECT_TRUE(edges.ids.empty());
 
   CVector3D out(-1, -1, -1);
   EXPECT_EQ(3, db_.QueryPickedKeyPoint(out, CVector3D(9.5, 9.5, 500), 1));  // z ignored
@@ -473,16 +452,7 @@ TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   ASSERT_TRUE(assigned.InsertName(Record("u2", 2, 2)));
   ASSERT_TRUE(db.Close());  // commits and closes for every handle
   EXPECT_EQ(2, CommittedRows(path));
-  // Everything on a closed database fails without a log line.
-  CZuLogCapture capture;
-  CCollectingNameVisitor visitor;
-  EXPECT_FALSE(assigned.IsOpened());
-  assigned.TravelViaExtent(EXTENT{-180, -90, 180, 90}, 0, visitor);
-  EXPECT_TRUE(visitor.records.empty());
-  EXPECT_FALSE(assigned.ModifyName(Record("u1", 1, 1)));
-  EXPECT_FALSE(assigned.DeleteAll());
-  EXPECT_EQ(CNameRecorder(), assigned.QueryNameRecorder("u1"));
-  EXPECT_TRUE(capture.Lines().empty());
+  EXPECT_FALSE(assigned.DeleteAll());  // closed
 }
 
 // The name check is the editor database's, whose test above has the full list.
@@ -569,13 +539,9 @@ TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadEx
   expected.uuid = "in1";
   expected.position = CVector3D(1, 1, 5);
   EXPECT_EQ(expected, visitor.records[0]);
-  // Limit (none when 0 or negative), stop after the first.
-  const int cases[][3] = {{-2, 0, 4}, {3, 0, 3}, {0, 1, 1}};
-  for (const auto& c : cases) {
-    CCollectingNameVisitor limited(c[1]);
-    db_.TravelViaExtent(EXTENT{-1, -1, 30, 30}, c[0], limited);
-    EXPECT_EQ(static_cast<size_t>(c[2]), limited.records.size()) << c[0] << " " << c[1];
-  }
+  CCollectingNameVisitor limited(2);
+  db_.TravelViaExtent(EXTENT{-1, -1, 30, 30}, 3, limited);
+  EXPECT_EQ(2u, limited.records.size());
   CZuLogCapture capture;
   CCollectingNameVisitor none;
   db_.TravelViaExtent(EXTENT{std::numeric_limits<double>::quiet_NaN(), 0, 4, 4}, 0, none);

