@@ -47,12 +47,7 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
          f.SetType(FOLDER_TYPE_UNKNOWN), f.SetOrderNum(-1);
        }, 0},
       {"parent", [](CFolderOption& f) { f.SetParentUUID("p"); }, 1},
-      {"left", [](CFolderOption& f) { f.SetLeftUUID("l"); }, 2},
-      {"right", [](CFolderOption& f) { f.SetRightUUID("r"); }, 2},
-      {"order number", [](CFolderOption& f) { f.SetOrderNum(5); }, 2},
       {"name after a NUL", [](CFolderOption& f) { f.SetName(std::string("\0x", 2)); }, 4},
-      {"type", [](CFolderOption& f) { f.SetType(FOLDER_TYPE_ROOT); }, 8},
-      {"uuid and index array", [](CFolderOption& f) { f.SetUUID("u"), f.SetIndexArray({2}); }, 0},
       {"unchanged status", [](CFolderOption& f) { f.SetNodeExpand(false); }, 16},
       {"unchanged recycle", [](CFolderOption& f) { f.SetRecycle(false); }, 16},
       {"unchanged check", [](CFolderOption& f) { f.SetNodeCheckState(0); }, 16},
@@ -63,13 +58,8 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
          l.SetLevel(0, 21), l.SetNameLevel(0, 21), l.SetExtent(EXTENT{});
        }, 0},
       {"unchanged header", [](CLayerOption& l) { l.SetPropertyHeader(""); }, 256},
-      {"levels", [](CLayerOption& l) { l.SetLevel(3, 21); }, 32},
-      {"name levels", [](CLayerOption& l) { l.SetNameLevel(0, 18); }, 32},
       {"extent", [&](CLayerOption& l) { l.SetExtent(lastBoundDiffers); }, 64},
-      {"outline", [](CLayerOption& l) { l.SetWkt("POLYGON((0 0,1 0,1 1,0 0))"); }, 128},
       {"unchanged child count", [](CLayerOption& l) { l.SetChildNodeMaxCount(-1); }, 16},
-      {"type", [](CLayerOption& l) { l.SetType(LAYER_TYPE_GIS_LINE); }, 8},
-      {"index arrays", [](CLayerOption& l) { l.SetIndexArray({1}, {2}); }, 0},
       {"parent kind alone", [](CLayerOption& l) {
          l.SetParentUUID("p", true), l.SetChangeMask(0), l.SetParentUUID("p", false);
        }, 1},
@@ -79,16 +69,12 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
       {"parent and neighbours", [](CFeatureOption& s) {
          s.SetParentUUID("l"), s.SetLeftUUID("a", false), s.SetRightUUID("b", true);
        }, 3},
-      {"type and name", [](CFeatureOption& s) { s.SetType(ANNOTATION_TYPE_ROUTE), s.SetName("n"); }, 12},
-      {"check", [](CFeatureOption& s) { s.SetNodeChecked(false); }, 16},
   });
   ExpectMasks<CEnclosureOption>({
       {"id and type", [](CEnclosureOption& e) { e.SetID(7), e.SetEnclosureType(ENCLOSURE_TYPE_LINK); }, 0},
       {"parent and description", [](CEnclosureOption& e) {
          e.SetParentUUID("s"), e.SetDescription("d"), e.SetDescription("d");
        }, 1 | 512},
-      {"empty local path", [](CEnclosureOption& e) { e.SetLocalPath(""); }, 0},
-      {"local path", [](CEnclosureOption& e) { e.SetLocalPath("/a.png"); }, 1024},
       {"clear an empty path", [](CEnclosureOption& e) { e.ClearPath(); }, 1024},
   });
 
