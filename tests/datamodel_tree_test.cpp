@@ -549,14 +549,6 @@ TEST_F(TreeTest, NestedTransactionsIssueOnlyTheOuterStatements) {
   EXPECT_EQ(1, model_.GetTransactionDepth());
   EXPECT_TRUE(model_.CommitTransaction());
   EXPECT_EQ(2, trace.Count("COMMIT"));
-
-  // A transaction opened behind the model's back makes its BEGIN fail.
-  ASSERT_TRUE(AnnotationLayerInner::ExecSql(model_.GetConnection(), "BEGIN", ""));
-  capture.Clear();
-  EXPECT_FALSE(model_.BeginTransaction());
-  EXPECT_EQ(0, model_.GetTransactionDepth());
-  EXPECT_EQ(1, capture.Count("[Transaction]:"));
-  AnnotationLayerInner::ExecSql(model_.GetConnection(), "ROLLBACK", "");
 }
 
 TEST(DataModelIsEmptyTest, MissingFolderTableLogsAndCountsAsEmpty) {
