@@ -23,6 +23,7 @@
 #include "FeatureStyleSet.h"
 #include "FieldValueText.h"
 #include "LayerOption.h"
+#include "ModelTest.h"
 #include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SqlStatement.h"
@@ -71,16 +72,8 @@ std::string QueriedPen(IAnnotationDBDataModel& model, const std::string& uuid, b
   return pen != nullptr ? pen->GetColor().name().toStdString() : std::string("<no pen>");
 }
 
-class StyleModelTest : public ::testing::Test {
+class StyleModelTest : public CModelTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    model_.Initialize("styles");
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    // Let the calculator's first pass finish, so that its log lines stay out of the checks.
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-  }
-
   std::string AddLayer(E_LAYER_TYPE type = LAYER_TYPE_ANNOTATION) {
     CLayerOption layer;
     layer.SetParentUUID(db_.RootUUID(), false);
@@ -106,20 +99,11 @@ class StyleModelTest : public ::testing::Test {
     return option.GetUUID();
   }
 
-  std::string Scalar(const std::string& sql) { return QueryScalar(db_.Path(), sql); }
-  // On the model's own connection, where SpatiaLite's functions are loaded.
-  std::string Sql(const std::string& sql) {
-    CSqlStatement stmt(model_.GetConnection(), sql, "[test]:");
-    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<no row>");
-  }
   // "<layer_style rows> <shape_style rows>" of an owner.
   std::string StyleRows(const std::string& puuid) {
     return Scalar("SELECT (SELECT COUNT(*) FROM layer_style WHERE puuid = '" + puuid +
                   "') || ' ' || (SELECT COUNT(*) FROM shape_style WHERE puuid = '" + puuid + "')");
   }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
 };
 
 }  // namespace
@@ -444,7 +428,8 @@ TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
   const std::string uuid = option.GetUUID();
   EXPECT_EQ(2u, option.GetIndexProperty().size());
   EXPECT_EQ(option.GetIndexArrayString() + " POLYGON Z((0 0 1, 4 0 1, 4 3 1, 0 0 1))",
-            Sql("SELECT index_id || ' ' || AsText(geom) FROM shape WHERE uuid = '" + uuid + "'"));
+            Scalar("SELECT index_id || ' ' || AsText(geom) FROM shape WHERE uuid = '" + uuid +
+                   "'"));
   CZuFieldSetObject fields;
   ASSERT_TRUE(model_.QueryField(uuid, fields));
   EXPECT_EQ(QVariant(QString("lot")), fields.GetFieldValue("kind"));
@@ -519,16 +504,16 @@ TEST_F(GeometryModelTest, ModifyReplacesTheRowAndKeepsItsNodeData) {
                       "UPDATE shape SET createtime = '2000-01-01', modifytime = '2000-01-02', "
                       "index_id = 's:77;e:5'" + std::string(" WHERE uuid = '") + uuid + "'",
                       "[test]:"));
-  const std::string before = Sql("SELECT ROWID" + of);
+  const std::string before = Scalar("SELECT ROWID" + of);
   CAnnotationFeature geometry(GEOMETRY_DATA_TYPE_LINESTRING);
   geometry.AddPart(Part({{1, 1, 1}, {2, 2, 2}}));
   ASSERT_TRUE(model_.ModifyGeometryData(uuid, &geometry));
-  EXPECT_NE(before, Sql("SELECT ROWID" + of));
+  EXPECT_NE(before, Scalar("SELECT ROWID" + of));
   EXPECT_EQ(layer_ + "|2|北京 标注|s:77;e:5",
-            Sql("SELECT puuid || '|' || type || '|' || name || '|' || index_id" + of));
+            Scalar("SELECT puuid || '|' || type || '|' || name || '|' || index_id" + of));
   // The times are the column defaults of the new row; order and status rows stay.
-  EXPECT_EQ(Sql("SELECT strftime('%Y', 'now')"), Sql("SELECT substr(modifytime, 1, 4)" + of));
-  EXPECT_EQ("11", Sql("SELECT (SELECT COUNT(*) FROM shape_order WHERE uuid = '" + uuid +
+  EXPECT_EQ(Scalar("SELECT strftime('%Y', 'now')"), Scalar("SELECT substr(modifytime, 1, 4)" + of));
+  EXPECT_EQ("11", Scalar("SELECT (SELECT COUNT(*) FROM shape_order WHERE uuid = '" + uuid +
                       "') || (SELECT COUNT(*) FROM shape_status WHERE puuid = '" + uuid + "')"));
   CAnnotationFeature read;
   ASSERT_TRUE(model_.QueryGeometryData(uuid, &read));
@@ -541,7 +526,7 @@ TEST_F(GeometryModelTest, ModifyReplacesTheRowAndKeepsItsNodeData) {
   EXPECT_EQ(2, capture.Count("[CSpatialiteDBDataModel::ModifyGeometryData]: " +
                              Utf8ToLocal("UUID为空")));
   EXPECT_EQ(2u, capture.Lines().size());
-  EXPECT_EQ("2", Sql("SELECT COUNT(*) FROM shape"));
+  EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM shape"));
 }
 
 TEST_F(GeometryModelTest, DirtyLayerBoundingBoxWritesTheUnionOfItsFeatures) {
@@ -549,19 +534,19 @@ TEST_F(GeometryModelTest, DirtyLayerBoundingBoxWritesTheUnionOfItsFeatures) {
                           "layer WHERE uuid = '" + layer_ + "'";
   // Without features: DBL_MAX written with 14 significant digits, inverted.
   ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
-  EXPECT_EQ("real", Sql("SELECT typeof(min_x) FROM layer WHERE uuid = '" + layer_ + "'"));
+  EXPECT_EQ("real", Scalar("SELECT typeof(min_x) FROM layer WHERE uuid = '" + layer_ + "'"));
   EXPECT_EQ("1.7976931348623e+308 1.7976931348623e+308 -1.7976931348623e+308 "
             "-1.7976931348623e+308",
-            Sql(box));
+            Scalar(box));
   AddFeature(layer_, 3, {Square(116.25, 39.5, 0.5, 10)});
   AddFeature(layer_, 2, {Part({{117, 40, 0}, {118.125, 41, 0}})});
   AddFeature(AddLayer(), 1, {Part({{-50, -50, 0}})});
   ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
-  EXPECT_EQ("116.25 39.5 118.125 41.0", Sql(box));
+  EXPECT_EQ("116.25 39.5 118.125 41.0", Scalar(box));
   // A feature without geometry counts with the all-zero box.
   AddFeature(layer_);
   ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
-  EXPECT_EQ("0.0 0.0 118.125 41.0", Sql(box));
+  EXPECT_EQ("0.0 0.0 118.125 41.0", Scalar(box));
   // A layer that does not exist is updated nowhere, which is no failure.
   EXPECT_TRUE(model_.DirtyLayerBoundingBox("no such layer"));
 }

@@ -11,6 +11,7 @@
 #include "FolderOption.h"
 #include "GeometryData.h"
 #include "LayerOption.h"
+#include "ModelTest.h"
 #include "NodeCacheCalculator.h"
 #include "SpatialiteDBDataModel.h"
 #include "SpatialiteHandler.h"
@@ -50,25 +51,9 @@ class StatementTrace {
   std::vector<std::string> statements_;
 };
 
-class TreeTest : public ::testing::Test {
+class TreeTest : public CModelTest {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    root_ = db_.RootUUID();
-    // Let the calculator's first pass finish, so that its log lines stay out of the checks.
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-  }
-  std::string Scalar(const std::string& sql) {
-    CSqlStatement stmt(model_.GetConnection(), sql, "");
-    return stmt.StepRow() ? stmt.ColumnText(0, false) : std::string("<none>");
-  }
   bool Exec(const std::string& sql) { return ExecSql(model_.GetConnection(), sql, "[test]:"); }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
-  std::string root_;
 };
 
 // Records every node a walk hands over as "kind:name" and answers from a script keyed by name.
