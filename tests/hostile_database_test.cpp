@@ -21,6 +21,7 @@
 #include "LayerBatchDeleter.h"
 #include "LayerBatchTransfer.h"
 #include "LayerOption.h"
+#include "ModelTest.h"
 #include "NodeCacheCalculator.h"
 #include "NodeOrderRebuilder.h"
 #include "PointGrid.h"
@@ -274,18 +275,13 @@ TEST_F(HostileTest, TruncatedCopy) {
 // whose features have no order rows, are copied, moved and walked whole in cli_journeys_test.)
 namespace {
 
-class LosslessCopyTest : public ::testing::Test {
+class LosslessCopyTest : public CModelTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    folder_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "source");
-    target_ = CTreeBuilder(&model_).AddFolder(db_.RootUUID(), "target");
+    CModelTest::SetUp();
+    folder_ = tree_.AddFolder(root_, "source");
+    target_ = tree_.AddFolder(root_, "target");
   }
-  int Rows(const std::string& sql) { return std::stoi(QueryScalar(db_.Path(), sql)); }
-
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
   std::string folder_, target_;
 };
 
@@ -316,6 +312,6 @@ TEST_F(LosslessCopyTest, ACopyFailingOnAnyRowIsUndoneWholeAndAMoveKeepsItsOrigin
   EXPECT_FALSE(transfer.Transfer(layers[0], target_, true));
   EXPECT_TRUE(model_.GetLastLayerChildUUID(target_).empty());
   EXPECT_EQ(3, model_.CountChildren(layers[0], NODE_KIND_LAYER));
-  EXPECT_EQ(3, Rows("SELECT COUNT(*) FROM shape WHERE puuid = '" + layers[0] +
-                    "' AND geom IS NOT NULL"));
+  EXPECT_EQ(3, Count("SELECT COUNT(*) FROM shape WHERE puuid = '" + layers[0] +
+                     "' AND geom IS NOT NULL"));
 }
