@@ -75,28 +75,21 @@ std::string QueriedPen(IAnnotationDBDataModel& model, const std::string& uuid, b
 class StyleModelTest : public CModelTest {
  protected:
   std::string AddLayer(E_LAYER_TYPE type = LAYER_TYPE_ANNOTATION) {
-    CLayerOption layer;
-    layer.SetParentUUID(db_.RootUUID(), false);
-    layer.SetType(type);
-    EXPECT_TRUE(model_.InsertLayer(layer));
-    return layer.GetUUID();
+    return tree_.AddLayer(root_, "layer", type);
   }
 
   // A feature row under `parent`; with parts, its geometry is stored too.
   std::string AddFeature(const std::string& parent, int kind = 0,
                          const std::vector<CGeometryData>& parts = {},
                          const std::string& name = "feature") {
-    CFeatureOption option;
-    option.SetParentUUID(parent);
-    option.SetType(ANNOTATION_TYPE_POLYGON);
-    option.SetName(name);
-    EXPECT_TRUE(model_.InsertFeature(option, nullptr));
+    const std::string uuid = tree_.AddFeature(parent, name, ANNOTATION_TYPE_POLYGON);
+    EXPECT_FALSE(uuid.empty());
     if (!parts.empty()) {
       CAnnotationFeature geometry(static_cast<E_GEOMETRY_DATA_TYPE>(kind));
       geometry.SetGeometryData(parts);
-      EXPECT_TRUE(model_.ModifyGeometryData(option.GetUUID(), &geometry));
+      EXPECT_TRUE(model_.ModifyGeometryData(uuid, &geometry));
     }
-    return option.GetUUID();
+    return uuid;
   }
 
   // "<layer_style rows> <shape_style rows>" of an owner.
