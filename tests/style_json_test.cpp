@@ -1,5 +1,5 @@
 // The style JSON codec (keys, the pen width truncation, colours, booleans as integers, updating
-// styles in place, malformed input) and the JSON value under it: readers that never throw, member
+// the styles already in the set, malformed input) and the JSON value under it: readers that never throw, member
 // access, compact writing and guarded parsing.
 #include <gtest/gtest.h>
 
@@ -140,28 +140,11 @@ TEST(StyleJsonTest, WidthTruncatesAndWrongOrMissingMembersGiveDefinedValues) {
   EXPECT_EQ(QColor(255, 0, 0), label->GetForegroundColor()) << "Qt's colour names are accepted";
   EXPECT_EQ(0, label->GetUnit()) << "out of int range";
 
+  // Read into the same set: the styles already there are updated, none is added.
   ASSERT_TRUE(FromJsonStyle(&set, "{\"icon\":{\"s\":1e300},\"pen\":{\"w\":1e300}}"));
+  EXPECT_EQ(4, set.GetCount());
   EXPECT_EQ(std::numeric_limits<float>::infinity(), Only<CFeatureIconStyle>(set)->GetIconScale());
   EXPECT_EQ(0.0, Only<CFeaturePenStyle>(set)->GetWidth());
-}
-
-TEST(StyleJsonTest, UpdatesExistingStylesInPlace) {
-  CFeatureStyleSet set;
-  auto* brush = new CFeatureBrushStyle();
-  set.PushBack(brush);
-  // Only the first of two pens is written and updated.
-  auto* first = new CFeaturePenStyle();
-  first->SetWidth(7.0);
-  auto* second = new CFeaturePenStyle();
-  second->SetWidth(9.0);
-  set.PushBack(first);
-  set.PushBack(second);
-  EXPECT_EQ(7.0, ParseObject(ToJsonStyle(&set)).Get("pen").Get("w").AsDouble());
-  ASSERT_TRUE(FromJsonStyle(&set, "{\"pen\":{\"w\":3},\"brush\":{\"fc\":\"#0000ff\"}}"));
-  EXPECT_EQ(3.0, first->GetWidth());
-  EXPECT_EQ(9.0, second->GetWidth());
-  EXPECT_EQ(QColor(0, 0, 255), brush->GetForegroundColor());
-  EXPECT_EQ(3, set.GetCount());
 }
 
 TEST(StyleJsonTest, MalformedTextsFailAndLeaveTheSetAlone) {
