@@ -245,8 +245,6 @@ TEST_F(EnclosureModelTest, QueryReadsTheRowsOfTheIndexArray) {
   const std::vector<CEnclosureOption> rows(list.begin(), list.end());
   EXPECT_EQ(path, rows[0].GetID());
   EXPECT_EQ(ENCLOSURE_TYPE_DOCUMENT, rows[0].GetEnclosureType());
-  EXPECT_EQ(feature_, rows[0].GetParentUUID());
-  EXPECT_EQ(Utf8ToLocal("说明"), rows[0].GetDescription());
   EXPECT_EQ(Utf8ToLocal("D:/文件.doc"), rows[0].GetLocalPath());
   EXPECT_EQ(0, rows[0].GetChangeMask());
   // A row holding both comes back with the url only.
