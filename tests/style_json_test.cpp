@@ -1,6 +1,6 @@
 // The style JSON codec (keys, the pen width truncation, colours, booleans as integers, updating
-// the styles already in the set, malformed input) and the JSON value under it: readers that never throw, member
-// access, compact writing and guarded parsing.
+// the styles already in the set, malformed input) and the JSON value under it: readers that never
+// throw, member access, compact writing and guarded parsing.
 #include <gtest/gtest.h>
 
 #include <cmath>
