@@ -165,7 +165,7 @@ TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   EXPECT_TRUE(capture.Lines().empty());
 }
 
-// The name check is shared with the name database, whose refusals are checked here.
+// The name check is shared with the name database; a path escape and a NUL stand for its list.
 TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   CCacheDirScope cache;
   // A file where a careless path would land, beside the cache directory.
