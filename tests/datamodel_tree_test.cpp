@@ -446,6 +446,12 @@ TEST(DataModelIdentityTest, InitializeUninitializeAndNoDatabase) {
 TEST_F(TreeTest, InstallOpensOnceAndUninstallCloses) {
   EXPECT_TRUE(model_.IsInstalled());
   EXPECT_EQ(db_.Path(), model_.GetFilePath());
+  CSqlStatement pragmas(model_.GetConnection(),
+                        "SELECT (SELECT foreign_keys FROM pragma_foreign_keys) || "
+                        "(SELECT synchronous FROM pragma_synchronous)", "");
+  ASSERT_TRUE(pragmas.StepRow());
+  EXPECT_EQ("00", pragmas.ColumnText(0, false)) << "foreign keys and synchronous writing off";
+  pragmas.Finalize();
   sqlite3* first = model_.GetConnection();
   CTestDatabase other("other.db");
   EXPECT_FALSE(model_.Install(other.Path())) << "a second install keeps the first connection";
@@ -486,7 +492,9 @@ TEST(DataModelBadInputTest, EveryBadFileFailsWithOneLineAndStaysUntouched) {
     EXPECT_EQ(nullptr, model.GetHandler());
     ASSERT_EQ(1u, capture.Lines().size()) << c.path;
     EXPECT_EQ(0u, capture.Lines()[0].find(c.tag)) << capture.Lines()[0];
-    if (!c.path.empty()) EXPECT_EQ(before, ReadFileBytes(c.path));
+    if (!c.path.empty()) {
+      EXPECT_EQ(before, ReadFileBytes(c.path));
+    }
   }
   EXPECT_FALSE(FileExists(dir.File("missing.db")));
 }

@@ -21,6 +21,7 @@
 #include "SqlStatement.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
+#include "TextConversion.h"
 #include "ZuLog.h"
 
 using namespace AnnotationLayerInner;
@@ -42,6 +43,16 @@ bool TableExists(sqlite3* db, const std::string& table) {
 }
 
 }  // namespace
+
+TEST(TextConversionTest, Cp936RoundTripAndInvalidBytes) {
+  const std::string utf8 = "\xe6\xb3\xa8\xe8\xae\xb0 layer";  // "注记 layer"
+  EXPECT_EQ("\xd7\xa2\xbc\xc7 layer", Utf8ToLocal(utf8));
+  EXPECT_EQ(utf8, LocalToUtf8(Utf8ToLocal(utf8)));
+  // A lone lead byte, bytes that are not UTF-8, characters outside code page 936: never cut.
+  EXPECT_EQ("a", LocalToUtf8("a\x81").substr(0, 1));
+  EXPECT_NE(std::string::npos, Utf8ToLocal("\xff\xfe x").find(" x"));
+  EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
+}
 
 // Foreign files and directories are refused by the data model's install (datamodel_tree_test).
 TEST(SpatialiteHandlerTest, OpeningMetadataAndTransactions) {
