@@ -446,8 +446,8 @@ TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   EXPECT_FALSE(assigned.DeleteAll());  // closed
 }
 
-// The name check and the missing cache directory are the editor database's (above).
-TEST(NameDBFileTest, RefusedNamesTouchNoFile) {
+// The name check is the editor database's (above); a missing cache directory fails here too.
+TEST(NameDBFileTest, RefusedNamesAndAMissingCacheDirectoryTouchNoFile) {
   CCacheDirScope cache;
   // "name_cluster_" + "/../x" would reach the data directory.
   for (const std::string& name : {std::string("/../x"), std::string("")}) {
@@ -457,6 +457,11 @@ TEST(NameDBFileTest, RefusedNamesTouchNoFile) {
     EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::Open]:")) << name;
   }
   EXPECT_TRUE(std::filesystem::is_empty(cache.CacheDir()));
+  std::filesystem::remove(cache.CacheDir());
+  CSpatialiteNameDB db;
+  EXPECT_FALSE(db.Open("nowhere"));
+  EXPECT_FALSE(db.IsOpened());
+  EXPECT_FALSE(FileExists(cache.CacheDir()));
 }
 
 TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
