@@ -1,7 +1,7 @@
 // The code page conversion, the SpatiaLite connection handler, its statement helpers, the refusals
-// of the annotation database's creation, and geometry blobs: parts by kind and back, what SpatiaLite makes of
-// empty and open input, blobs made by SpatiaLite's SQL, and truncated, corrupted and foreign
-// blobs.
+// of the annotation database's creation, and geometry blobs: parts by kind and back, what
+// SpatiaLite makes of empty and open input, blobs made by SpatiaLite's SQL, and truncated,
+// corrupted and foreign blobs.
 #include <gtest/gtest.h>
 
 #include <sqlite3.h>
