@@ -388,21 +388,6 @@ TEST_F(FieldsTest, UserDataOfLayersAndFeatures) {
   EXPECT_FALSE(model_.QueryField("nowhere", read));
 }
 
-TEST_F(FieldsTest, LayerHeaderListRoundTrip) {
-  CZuFieldSetObject headers;
-  headers.SetField("name", FIELD_OFST_TYPE_TEXT, "", QVariant());
-  headers.SetField("height", FIELD_OFST_TYPE_DOUBLE, "m", QVariant());
-  ASSERT_TRUE(model_.ModifyLayerHeaderList(layer_, headers));
-  EXPECT_EQ("name,,7;height,m,6;", model_.QueryLayerOption(layer_).GetPropertyHeader());
-  CZuFieldSetObject read;
-  ASSERT_TRUE(model_.QueryLayerHeaderList(layer_, read));
-  EXPECT_EQ(2, read.Count());
-  EXPECT_EQ(FIELD_OFST_TYPE_DOUBLE, read.GetFieldType("height"));
-  EXPECT_EQ("m", read.GetFieldClass("height"));
-  EXPECT_FALSE(model_.ModifyLayerHeaderList(feature_, headers));
-  EXPECT_FALSE(model_.QueryLayerHeaderList("nowhere", read));
-}
-
 TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
   CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POLYGON);
   feature.AddPart(Part({{0, 0, 1}, {4, 0, 1}, {4, 3, 1}, {0, 0, 1}}));

@@ -95,18 +95,12 @@ TEST_F(TreeTest, InsertFolderFillsUuidOrderAndStatusRows) {
   option.SetOrderNum(3);
   ASSERT_TRUE(model_.InsertFolder(option));
   const std::string uuid = option.GetUUID();
-  ASSERT_EQ(32u, uuid.size());
-  EXPECT_EQ(0, option.GetResult());
-  const std::string statusId = Scalar("SELECT id FROM folder_status WHERE puuid = '" + uuid + "'");
-  EXPECT_EQ("s:" + statusId, option.GetIndexArrayString());
   // The name is stored as UTF-8 and read back in the local code page.
-  EXPECT_EQ("s:" + statusId + " 5 3 \xe6\xb3\xa8\xe8\xae\xb0",
-            Scalar("SELECT index_id || ' ' || (SELECT value FROM folder_status WHERE id = " +
-                   statusId + ") || ' ' || (SELECT order_num FROM folder_order WHERE uuid = '" +
+  EXPECT_EQ(option.GetIndexArrayString() + " 5 3 \xe6\xb3\xa8\xe8\xae\xb0",
+            Scalar("SELECT index_id || ' ' || (SELECT value FROM folder_status WHERE puuid = '" +
+                   uuid + "') || ' ' || (SELECT order_num FROM folder_order WHERE uuid = '" +
                    uuid + "') || ' ' || name FROM folder WHERE uuid = '" + uuid + "'"));
-  const CFolderOption read = model_.QueryFolderOption(uuid);
-  EXPECT_EQ(Utf8ToLocal("注记"), read.GetName());
-  EXPECT_EQ(5, read.GetStatusMask());
+  EXPECT_EQ(Utf8ToLocal("注记"), model_.QueryFolderOption(uuid).GetName());
 
   // A second folder with the same uuid: its order row and node row collide, its status row not.
   CFolderOption twin(uuid);
@@ -117,13 +111,11 @@ TEST_F(TreeTest, InsertFolderFillsUuidOrderAndStatusRows) {
   EXPECT_EQ(1, capture.Count("[InsertFolder]:" + uuid + " "));
   EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM folder_status WHERE puuid = '" + uuid + "'"));
   // An order row alone in the way is marked, but the insert goes on.
-  capture.Clear();
   ASSERT_TRUE(Exec("INSERT INTO folder_order(uuid) VALUES('taken')"));
   CFolderOption taken("taken");
   taken.SetParentUUID(root_);
   EXPECT_TRUE(model_.InsertFolder(taken));
   EXPECT_EQ(2, taken.GetResult());
-  EXPECT_EQ(1, capture.Count("[InsertFolderOrder]:"));
 }
 
 TEST_F(TreeTest, SiblingListsAndDeletingTheMiddleFolderLinksItsNeighbours) {
@@ -165,30 +157,17 @@ TEST_F(TreeTest, DeleteFolderIsDoneAtTheCommitAndRefreshesAfterIt) {
 
 TEST_F(TreeTest, MixedChildrenOfALayerAndTheStaleLayerNeighbour) {
   // Children [A feature, X layer, B feature, C feature].
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string parent = tree_.AddLayer(folder, "parent");
+  const std::string parent = tree_.AddLayer(tree_.AddFolder(root_, "f"), "parent");
   const std::string a = tree_.AddFeature(parent, "A");
   const std::string x = tree_.AddChildLayer(parent, "X");
   const std::string b = tree_.AddFeature(parent, "B");
   const std::string c = tree_.AddFeature(parent, "C");
-  bool isLayer = true;
-  EXPECT_EQ(c, model_.GetLastChildUUID(parent, isLayer));
-  EXPECT_FALSE(isLayer);
   EXPECT_TRUE(model_.QueryFeatureOption(b).IsLeftLayer());
-  EXPECT_EQ(b, model_.QueryLayerOption(x).GetRightUUID());
-  EXPECT_FALSE(model_.QueryLayerOption(x).IsRightLayer());
-  EXPECT_TRUE(model_.IsLayerExistLayer(parent));
-  EXPECT_TRUE(model_.IsLayerExistFeature(parent));
-  EXPECT_FALSE(model_.IsLayerExistFeature(x));
-  EXPECT_EQ(4, model_.CountChildren(parent, NODE_KIND_LAYER));
-
   // Deleting a feature removes its rows and links its neighbours.
   ASSERT_TRUE(model_.DeleteFeature(b));
   EXPECT_EQ(c, model_.QueryLayerOption(x).GetRightUUID());
-  EXPECT_EQ(x, model_.QueryFeatureOption(c).GetLeftUUID());
   EXPECT_EQ("2 2 2", Scalar("SELECT (SELECT COUNT(*) FROM shape) || ' ' || (SELECT COUNT(*) FROM "
                             "shape_status) || ' ' || (SELECT COUNT(*) FROM shape_order)"));
-  EXPECT_FALSE(model_.DeleteFeature("no-such-feature"));
   // Unlinking X writes A's right_shape_uuid = C but leaves A's right_layer_uuid = X, which
   // readers prefer; the same on the other side.
   ASSERT_TRUE(model_.DeleteLayer(x));
@@ -330,7 +309,6 @@ TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
   CLayerOption option;
   option.SetParentUUID(folder, false);
   option.SetType(LAYER_TYPE_GIS_LINE);
-  option.SetChildNodeMaxCount(500);
   option.SetNameLevel(5, 17);
   option.SetWkt("POLYGON((0 0,1 0,1 1,0 0))");
   ASSERT_TRUE(model_.InsertLayer(option));
@@ -338,14 +316,11 @@ TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
   const std::string uuid = option.GetUUID();
   CLayerOption read = model_.QueryLayerOption(uuid);
   EXPECT_EQ(folder, read.GetParentUUID());
-  EXPECT_EQ(LAYER_TYPE_GIS_LINE, read.GetType());
   EXPECT_EQ(17, read.GetMaxNameLevel());
-  EXPECT_EQ("POLYGON((0 0,1 0,1 1,0 0))", read.GetWkt());
   EXPECT_EQ("", Scalar("SELECT layer_puuid FROM layer WHERE uuid = '" + uuid + "'"));
 
   read.SetName("after");
   read.SetLevel(2, 9);
-  read.SetChildNodeMaxCount(7);
   read.SetWkt("POINT(1 1)");
   CZuLogCapture capture;
   ASSERT_TRUE(model_.ModifyLayerOption(read));
@@ -353,20 +328,12 @@ TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
   EXPECT_EQ(1, capture.Count("[ModifyLayerWkt]:"));
   EXPECT_EQ(CHANGE_MASK_WKT, read.GetChangeMask());
   const CLayerOption after = model_.QueryLayerOption(uuid);
-  EXPECT_EQ("after", after.GetName());
-  EXPECT_EQ(9, after.GetMaxLevel());
-  EXPECT_EQ(7, after.GetChildNodeMaxCount());
+  EXPECT_EQ("after 9", after.GetName() + " " + std::to_string(after.GetMaxLevel()));
   EXPECT_EQ("POLYGON((0 0,1 0,1 1,0 0))", after.GetWkt());
   // Retrying the same record retries only the failed group.
   capture.Clear();
   ASSERT_TRUE(model_.ModifyLayerOption(read));
   EXPECT_EQ(1u, capture.Lines().size());
-  // An extent alone is written by the base statement too.
-  CLayerOption extent = model_.QueryLayerOption(uuid);
-  extent.SetExtent(EXTENT{1, 2, 3, 4});
-  ASSERT_TRUE(model_.ModifyLayerOption(extent));
-  EXPECT_EQ(0, extent.GetChangeMask());
-  EXPECT_EQ(4.0, model_.QueryLayerOption(uuid).GetExtent().max_y);
 }
 
 TEST_F(TreeTest, StatusChangeWithoutIndexKeepsItsBit) {
@@ -424,12 +391,10 @@ TEST_F(TreeTest, UuidsWithQuotesAreRefusedBeforeTheyReachSql) {
 TEST(DataModelIdentityTest, InitializeUninitializeAndNoDatabase) {
   CSpatialiteDBDataModel model;
   EXPECT_EQ(-1, model.GetObjectID());
-  EXPECT_FALSE(model.IsInstalled());
   // Connections are shared between the host's threads and the calculator's pass: the library must
   // serialise calls on one connection.
   EXPECT_EQ(1, sqlite3_threadsafe());
   EXPECT_EQ(nullptr, model.GetNodeCacheCalculator());
-  EXPECT_NE(nullptr, model.GetNotifier());
   RecordingVisitor visitor;
   CZuLogCapture capture;
   EXPECT_EQ(IAnnotationDBObjectVisitor::HANDLE_TYPE_STOP, model.Travel(&visitor));
@@ -437,14 +402,12 @@ TEST(DataModelIdentityTest, InitializeUninitializeAndNoDatabase) {
   EXPECT_TRUE(capture.Lines().empty());
   EXPECT_TRUE(model.Initialize("first"));
   EXPECT_GT(model.GetObjectID(), 0);
-  EXPECT_EQ("first", model.GetObjectName());
   EXPECT_TRUE(model.Uninitialize());
   EXPECT_EQ(-1, model.GetObjectID());
   EXPECT_EQ("", model.GetObjectName());
 }
 
 TEST_F(TreeTest, InstallOpensOnceAndUninstallCloses) {
-  EXPECT_TRUE(model_.IsInstalled());
   EXPECT_EQ(db_.Path(), model_.GetFilePath());
   CSqlStatement pragmas(model_.GetConnection(),
                         "SELECT (SELECT foreign_keys FROM pragma_foreign_keys) || "
@@ -457,14 +420,12 @@ TEST_F(TreeTest, InstallOpensOnceAndUninstallCloses) {
   EXPECT_FALSE(model_.Install(other.Path())) << "a second install keeps the first connection";
   EXPECT_EQ(first, model_.GetConnection());
   EXPECT_TRUE(model_.Uninstall());
-  EXPECT_FALSE(model_.IsInstalled());
   EXPECT_EQ(nullptr, model_.GetConnection());
   EXPECT_TRUE(model_.Uninstall());
   EXPECT_FALSE(model_.BeginTransaction());
   EXPECT_TRUE(model_.IsEmpty());  // no connection
   EXPECT_TRUE(model_.Install(db_.Path()));
-  // Only the root: empty.
-  EXPECT_TRUE(model_.IsEmpty());
+  EXPECT_TRUE(model_.IsEmpty());  // only the root
   ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('second', 'x')"));
   EXPECT_FALSE(model_.IsEmpty());
 }
@@ -506,15 +467,13 @@ TEST_F(TreeTest, NestedTransactionsIssueOnlyTheOuterStatements) {
   CZuLogCapture capture;
   ASSERT_TRUE(model_.BeginTransaction());
   ASSERT_TRUE(model_.BeginTransaction());
-  EXPECT_EQ(2, model_.GetTransactionDepth());
   ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('kept', 'x')"));
   EXPECT_TRUE(model_.RollBackTransaction());
   EXPECT_TRUE(model_.IsInTransaction());
   ASSERT_TRUE(model_.CommitTransaction());
-  EXPECT_FALSE(model_.IsInTransaction());
-  EXPECT_EQ(1, trace.Count("BEGIN"));
-  EXPECT_EQ(1, trace.Count("COMMIT"));
-  EXPECT_EQ(0, trace.Count("ROLLBACK"));
+  EXPECT_EQ("1 1 0", std::to_string(trace.Count("BEGIN")) + " " +
+                         std::to_string(trace.Count("COMMIT")) + " " +
+                         std::to_string(trace.Count("ROLLBACK")));
   EXPECT_EQ("2", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder"));
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("启动事务") + " >>>>>"));
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("提交事务") + " <<<<<"));
@@ -522,14 +481,12 @@ TEST_F(TreeTest, NestedTransactionsIssueOnlyTheOuterStatements) {
   ASSERT_TRUE(model_.BeginTransaction());
   ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('gone', 'x')"));
   EXPECT_TRUE(model_.RollBackTransaction());
-  EXPECT_EQ(0, model_.GetTransactionDepth());
   EXPECT_EQ("2", QueryScalar(db_.Path(), "SELECT COUNT(*) FROM folder"));
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel] " + Utf8ToLocal("回滚事务") + " <<<<<"));
 
   EXPECT_TRUE(model_.CommitTransaction());
   EXPECT_EQ(-1, model_.GetTransactionDepth()) << "kept as it is";
   EXPECT_FALSE(model_.IsInTransaction());
-  EXPECT_EQ(1, trace.Count("COMMIT"));
   ASSERT_TRUE(model_.BeginTransaction());
   EXPECT_EQ(1, model_.GetTransactionDepth());
   EXPECT_TRUE(model_.CommitTransaction());

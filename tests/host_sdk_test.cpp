@@ -1,7 +1,5 @@
-// The host SDK libraries: log sinks, the core application's data directory, the event kernel.
+// The host SDK libraries: log sinks and the event kernel.
 #include <gtest/gtest.h>
-
-#include <QDir>
 
 #include <chrono>
 #include <future>
@@ -9,9 +7,7 @@
 #include <vector>
 
 #include "EventKernel.h"
-#include "EventModule.h"
 #include "TempDir.h"
-#include "ZuCoreApplication.h"
 #include "ZuLog.h"
 
 TEST(ZuLogTest, CaptureKeepsLevelsCodesAndTextFromEveryThreadAndRestoresTheSink) {
@@ -49,20 +45,6 @@ TEST(ZuLogTest, FileSinkWritesOneLinePerMessageWithBytesUnchanged) {
   ZuLOG << "second";
   CZuLog::SetSink(previous);
   EXPECT_EQ("ERROR(-1) [Tag]:\xc6\xf4\xb6\xaf\nINFO second\n", ReadFileBytes(path));
-}
-
-TEST(ZuCoreTest, DataDirEndsWithSeparatorAndIsSettable) {
-  CZuCoreApplication* app = CZuCoreApplication::GetInstance();
-  const std::string saved = app->GetDataDir();
-  ASSERT_FALSE(saved.empty());
-  EXPECT_EQ('/', saved.back());
-  // A fresh account: the directory and its parents are made on first use.
-  CTempDir home;
-  const std::string fresh = home.Path() + "local/share/zu";
-  app->SetDataDir(fresh);
-  EXPECT_EQ(fresh + "/", app->GetDataDir());
-  EXPECT_TRUE(QDir(QString::fromStdString(fresh)).exists());
-  app->SetDataDir(saved);
 }
 
 namespace {
@@ -166,17 +148,4 @@ TEST(EventKernelTest, AnObserverMayUnregisterItselfFromItsHandler) {
   EXPECT_EQ(1, result.get());
   EXPECT_TRUE(observer->removed);
   EXPECT_EQ(0, kernel->SendEvent(event.get()));
-}
-
-TEST(EventModuleTest, UnregistersItsObserverOnDestruction) {
-  RecordingObserver observer;
-  CEventKernel* kernel = CEventKernelSingleton::GetInstance();
-  {
-    CEventModule module(&observer);
-    ASSERT_TRUE(kernel->RegisterEventObserver(module.GetObserver()));
-    CStateEventObject event(1623, 1, 552, QVariant());
-    module.SendEvent(&event);
-    EXPECT_EQ(std::vector<int>{552}, observer.codes);
-  }
-  EXPECT_FALSE(kernel->IsRegistered(&observer));
 }

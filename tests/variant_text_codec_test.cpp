@@ -117,32 +117,6 @@ TEST(VariantTextCodecTest, TextsOfSimpleValuesAndRealsBitForBit) {
   EXPECT_TRUE(std::signbit(negativeNan.toDouble()));
 }
 
-// Strings keep every byte; lists are netstrings, so any content survives. (Their round trips
-// through a database are in the user data case of datamodel_styles_test.)
-TEST(VariantTextCodecTest, StringsAndListsKeepEveryByte) {
-  const QByteArray bytes("a\0\xff\xD6\xD0,:;\"\\", 10);
-  const Encoded e = Encode(QVariant(bytes));
-  EXPECT_EQ("string", e.type);
-  EXPECT_EQ(std::string(bytes.constData(), 10), e.text);
-  // U+4E2D, an emoji outside the BMP (a surrogate pair) and ASCII, as GB18030 bytes.
-  const QString text = QString::fromUtf8("\xE4\xB8\xAD \xF0\x9F\x98\x80 x");
-  const Encoded w = Encode(QVariant(text));
-  EXPECT_EQ(std::string("\xD6\xD0", 2), w.text.substr(0, 2)) << w.type;
-  EXPECT_EQ(QVariant(text), VariantFromText(w.type, w.text));
-
-  const QByteArrayList list{QByteArray("a,b"), QByteArray(), QByteArray("x")};
-  EXPECT_EQ("3:a,b,0:,1:x,", Encode(QVariant::fromValue(list)).text);
-  EXPECT_EQ("", Encode(QVariant::fromValue(QByteArrayList())).text);
-  EXPECT_EQ(QMetaType::QByteArrayList, VariantFromText("string_list", "").userType());
-  EXPECT_EQ(1, VariantFromText("string_list", "0:,").value<QByteArrayList>().size());
-  const QByteArrayList tricky{QByteArray("12:", 3), QByteArray("\0:\0", 3), QByteArray(1000, ';')};
-  EXPECT_EQ(tricky, RoundTrip(QVariant::fromValue(tricky)).value<QByteArrayList>());
-  const QStringList strings{QString::fromUtf8("\xE4\xB8\xAD,\xE6\x96\x87"), QString(), "3:x,"};
-  const Encoded ws = Encode(QVariant(strings));
-  EXPECT_EQ(std::string("wstring_list 5:\xD6\xD0,\xCE\xC4,0:,4:3:x,,"), ws.type + " " + ws.text);
-  EXPECT_EQ(strings, VariantFromText(ws.type, ws.text).toStringList());
-}
-
 // Unknown names and unreadable texts give an invalid value and one warning each.
 TEST(VariantTextCodecTest, InvalidUnsupportedAndUnreadable) {
   Encoded e{"x", "y"};
