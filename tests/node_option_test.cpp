@@ -128,32 +128,16 @@ TEST(NodeOptionTest, CheckStates) {
 }
 
 TEST(NodeOptionTest, IndexArrayText) {
-  const struct {
-    std::vector<int64_t> s, p, u, e;
-    const char* before;
-    const char* after;
-  } cases[] = {
-      {{}, {3}, {}, {}, "s:9", "s:9;p:3"},
-      {{101}, {7, 8, 9}, {40}, {3}, "", "s:101;p:7,8,9;u:40;e:3"},
-      {{6}, {}, {}, {}, "s:1;p:2", "s:6"},  // status ids replace the whole text
-      {{}, {}, {}, {}, "s:6", "s:6"},       // nothing given: the text stays
-  };
-  for (const auto& c : cases) {
-    CFeatureOption feature;
-    feature.SetIndexArrayString(c.before);
-    feature.SetIndexArray(c.s, c.p, c.u, c.e);
-    EXPECT_EQ(c.after, feature.GetIndexArrayString()) << c.before;
-  }
-  CFeatureOption all;
-  all.SetIndexArray({101}, {7, 8, 9}, {40}, {3});
-  EXPECT_EQ((std::vector<int64_t>{7, 8, 9}), all.GetIndexProperty());
-  EXPECT_EQ(std::vector<int64_t>{3}, all.GetIndexEnclosure());
-
+  CFeatureOption feature;
+  feature.SetIndexArrayString("s:9");
+  feature.SetIndexArray({}, {3}, {}, {});
+  EXPECT_EQ("s:9;p:3", feature.GetIndexArrayString());
+  feature.SetIndexArray({6}, {}, {}, {});
+  EXPECT_EQ("s:6", feature.GetIndexArrayString()) << "status ids replace the whole text";
   CLayerOption layer;
   layer.SetIndexArray({11, 12}, {});
   layer.SetIndexArray({}, {30});
   EXPECT_EQ("s:11,12;u:30", layer.GetIndexArrayString());
-  EXPECT_EQ(std::vector<int64_t>{30}, layer.GetIndexUserdata());
 }
 
 // An enclosure has a local path or a url, never both; a layer's neighbour kinds are reported only

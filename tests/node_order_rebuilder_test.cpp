@@ -93,29 +93,6 @@ TEST_F(RebuilderTest, AssignedListsKeepTheirNumbersAnUnassignedOneRenumbersInLin
   EXPECT_EQ(1, capture.Count(" ms <<<<<"));
 }
 
-TEST_F(RebuilderTest, MixedChildrenOfALayerFollowTheLinks) {
-  const std::string folder = tree_.AddFolder(root_, "f");
-  const std::string layer = tree_.AddLayer(folder, "l");
-  const std::string s1 = tree_.AddFeature(layer, "s1");
-  const std::string x = tree_.AddChildLayer(layer, "x");
-  const std::string s2 = tree_.AddFeature(layer, "s2");
-  const std::string deep = tree_.AddFeature(x, "deep");
-  SetOrder("shape_order", s1, 40);
-  SetOrder("layer_order", x, -1);
-  SetOrder("shape_order", s2, 40);
-  SetOrder("shape_order", deep, -1);
-  CNodeOrderRebuilder rebuilder(&model_);
-  ASSERT_TRUE(rebuilder.RebuildNodeOrderNum(folder, true, nullptr));
-  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_FEATURE, s1));
-  EXPECT_EQ(1, model_.QueryOrderNum(NODE_KIND_LAYER, x));
-  EXPECT_EQ(2, model_.QueryOrderNum(NODE_KIND_FEATURE, s2));
-  EXPECT_EQ(0, model_.QueryOrderNum(NODE_KIND_FEATURE, deep));  // reached by the recursion
-  // The neighbours were rewritten into the matching columns.
-  const CFeatureOption middle = model_.QueryFeatureOption(s2);
-  EXPECT_EQ(x, middle.GetLeftUUID());
-  EXPECT_TRUE(middle.IsLeftLayer());
-}
-
 TEST_F(RebuilderTest, UnknownNodesCommitAnEmptyTransaction) {
   CNodeOrderRebuilder rebuilder(&model_);
   EXPECT_TRUE(rebuilder.RebuildNodeOrderNum("nothing", true, nullptr));
