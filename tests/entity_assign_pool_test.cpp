@@ -14,10 +14,10 @@
 #include "EntityAssignPool.h"
 #include "EntityRecord.h"
 #include "IAnnotationLayerModule.h"
+#include "ModelTest.h"
 #include "NodeCacheCalculator.h"
 #include "PointGrid.h"
 #include "SpatialiteDBDataModel.h"
-#include "TestDatabase.h"
 #include "TreeBuilder.h"
 
 namespace {
@@ -26,13 +26,11 @@ constexpr int kView = 9301;
 constexpr int kOtherView = 9302;
 constexpr int kWaitMs = 20000;
 
-class PoolTest : public ::testing::Test {
+class PoolTest : public CModelTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(db_.IsValid());
-    ASSERT_TRUE(model_.Install(db_.Path()));
-    ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
-    const std::string folder = tree_.AddFolder(db_.RootUUID(), "f");
+    CModelTest::SetUp();
+    const std::string folder = tree_.AddFolder(root_, "f");
     std::vector<std::string> layers;
     ASSERT_TRUE(ImportPointGrid(&model_, folder, "points", SPointGrid{4, 3}, 100, &layers));
     for (int i = 0; i < 12; ++i) {
@@ -62,9 +60,6 @@ class PoolTest : public ::testing::Test {
   const std::string& F(int i) const { return features_.at(static_cast<size_t>(i)); }
 
   CCacheDirScope cacheDir_;
-  CTestDatabase db_;
-  CSpatialiteDBDataModel model_;
-  CTreeBuilder tree_{&model_};
   std::vector<std::string> features_;
   IAnnotationLayerModule* module_ = nullptr;
   CAnnotationSpatialEngine engine_;
