@@ -251,8 +251,6 @@ TEST_F(CliTest, ImportCarriesOgrStylesIntoTheStyleTables) {
   EXPECT_EQ(Count("layer_style"), "1");
 }
 
-// ---- export ----
-
 // A folder goes out as one layer per annotation layer, names made unique; OGR reads the
 // attributes and Z, and an import of the file gives the same features back.
 TEST_F(CliTest, ExportWritesALayerPerLayerThatImportsBackTheSame) {
@@ -311,8 +309,8 @@ TEST_F(CliTest, ExportWritesALayerPerLayerThatImportsBackTheSame) {
   }
 }
 
-// ---- tree ----
-
+// `tree` in text and JSON, to a depth, with or without features. Names pass through the module's
+// local code page and come out as UTF-8 again.
 TEST_F(CliTest, TreeShowsKindsNamesChecksAndCountsInSiblingOrder) {
   const std::string a = ImportPoints("alpha", 3);
   const std::string b = ImportPoints("beta", 1);
@@ -338,10 +336,7 @@ TEST_F(CliTest, TreeShowsKindsNamesChecksAndCountsInSiblingOrder) {
   EXPECT_FALSE(shallow.isMember("nodes"));
   const CProcessResult features = RunTool({"tree", db_, "--features", "--depth", "1"});
   EXPECT_EQ(LineCount(features.out), 3) << "layers at depth 1, their features below the limit";
-}
 
-// Names pass through the module's local code page and come out as UTF-8 again.
-TEST_F(CliTest, ChineseNamesSurviveTheLocalCodePage) {
   SourceLayer layer;
   layer.name = "\xE5\x9F\x8E\xE5\xB8\x82";  // 城市
   layer.fields = {{"\xE5\x90\x8D\xE7\xA7\xB0", OFTString}};  // 名称
@@ -351,16 +346,15 @@ TEST_F(CliTest, ChineseNamesSurviveTheLocalCodePage) {
   const CProcessResult imported =
       RunTool({"import", db_, source, "--name-field", "\xE5\x90\x8D\xE7\xA7\xB0"});
   ASSERT_EQ(imported.exitCode, 0) << imported.err;
-  const Json::Value tree = ParseJson(RunTool({"tree", db_, "--features", "--json"}).out);
-  EXPECT_EQ(tree["nodes"][0]["name"].asString(), "\xE5\x9F\x8E\xE5\xB8\x82");
-  EXPECT_EQ(tree["nodes"][0]["nodes"][0]["name"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
+  const Json::Value chinese =
+      ParseJson(RunTool({"tree", db_, "--features", "--json"}).out)["nodes"][2];
+  EXPECT_EQ(chinese["name"].asString(), "\xE5\x9F\x8E\xE5\xB8\x82");
+  EXPECT_EQ(chinese["nodes"][0]["name"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
   const Json::Value info =
-      ParseJson(RunTool({"info", db_, tree["nodes"][0]["nodes"][0]["uuid"].asString(), "--json"}).out);
+      ParseJson(RunTool({"info", db_, chinese["nodes"][0]["uuid"].asString(), "--json"}).out);
   EXPECT_EQ(info["fields"][0]["key"].asString(), "\xE5\x90\x8D\xE7\xA7\xB0");
   EXPECT_EQ(info["fields"][0]["value"].asString(), "\xE5\x8C\x97\xE4\xBA\xAC");
 }
-
-// ---- delete ----
 
 // Deleting takes everything below the node along, and the node leaves its sibling list: walks see
 // its neighbours joined, whether they are layers or features and wherever it stood.
@@ -406,54 +400,41 @@ TEST_F(CliTest, DeleteRemovesSubtreesAndKeepsSiblingListsWhole) {
                 "    feature \"p0\" [checked] point  " + copy + "\n");
 }
 
-// ---- copy ----
-
-TEST_F(CliTest, CopyDuplicatesASubtreeUnderAnotherNode) {
-  const std::string source = ImportPoints("source", 5, {"--name-field", "name"});
-  const std::string target = ImportPoints("target", 1);
-  const CProcessResult result = RunTool({"copy", db_, source, "--to", target, "--json"});
+// A copy of a layer holds the same features and goes last under its target; a copy into the
+// node's own subtree is refused. Renumbering then mends broken lists: the root's alone, or every
+// list below it.
+TEST_F(CliTest, CopyDuplicatesSubtreesAndRebuildOrderRenumbersBrokenLists) {
+  const std::string layer = ImportPoints("pts", 4);
+  const std::string sub = ImportPoints("sub", 2, {"--name-field", "name"});
+  const CProcessResult result = RunTool({"copy", db_, sub, "--to", layer, "--json"});
   ASSERT_EQ(result.exitCode, 0) << result.err;
   const Json::Value summary = ParseJson(result.out);
   const std::string copy = summary["copy"].asString();
-  EXPECT_EQ(copy.size(), 32u);
-  EXPECT_EQ(summary["source"].asString(), source);
-  EXPECT_EQ(ChildUuids(db_, target).back(), copy);
-  std::vector<StoredFeature> original = ReadLayer(db_, source);
-  std::vector<StoredFeature> copied = ReadLayer(db_, copy);
+  EXPECT_EQ(summary["source"].asString(), sub);
+  EXPECT_EQ(ChildUuids(db_, layer).back(), copy);
+  const std::vector<StoredFeature> original = ReadLayer(db_, sub), copied = ReadLayer(db_, copy);
   ASSERT_EQ(copied.size(), original.size());
   for (size_t i = 0; i < original.size(); ++i) EXPECT_TRUE(copied[i] == original[i]);
-
-  const std::string feature = ChildUuids(db_, source).front();
-  const CProcessResult one = RunTool({"copy", db_, feature, "--to", target});
+  const CProcessResult one = RunTool({"copy", db_, ChildUuids(db_, sub).front(), "--to", layer});
   ASSERT_EQ(one.exitCode, 0) << one.err;
   EXPECT_EQ(one.out.size(), 33u) << "the copy's uuid and a newline";
+  ExpectOneLineFailure(RunTool({"copy", db_, layer, "--to", copy}), 1, "own subtree");
 
-  ExpectOneLineFailure(RunTool({"copy", db_, target, "--to", copy}), 1, "own subtree");
-}
-
-// ---- rebuild-order ----
-
-TEST_F(CliTest, RebuildOrderRenumbersBrokenLists) {
-  const std::string layer = ImportPoints("pts", 4);
-  const std::string sub = ImportPoints("sub", 2);
-  ASSERT_EQ(RunTool({"copy", db_, sub, "--to", layer}).exitCode, 0);
   sqlite3* raw = nullptr;
   ASSERT_EQ(sqlite3_open(db_.c_str(), &raw), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(raw, "UPDATE shape_order SET order_num = -1", nullptr, nullptr, nullptr),
             SQLITE_OK);
   sqlite3_close(raw);
-
   const CProcessResult flat = RunTool({"rebuild-order", db_, root_});
   ASSERT_EQ(flat.exitCode, 0) << flat.err;
-  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "8")
+  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "9")
       << "without --recursive only the root's list is renumbered";
-
   const CProcessResult deep = RunTool({"rebuild-order", db_, root_, "--recursive", "--json"});
   ASSERT_EQ(deep.exitCode, 0) << deep.err;
   EXPECT_TRUE(ParseJson(deep.out)["recursive"].asBool());
   EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "0");
   const std::vector<std::string> children = ChildUuids(db_, layer);
-  ASSERT_EQ(children.size(), 5u);
+  ASSERT_EQ(children.size(), 6u);
   for (size_t i = 0; i < 4; ++i) {
     EXPECT_EQ(QueryScalar(db_, "SELECT order_num FROM shape_order WHERE uuid = '" + children[i] +
                                    "'"),
