@@ -92,15 +92,6 @@ TEST_F(CliJourneysTest, GisLayersAreListedMeasuredAndLeftInStoredOrder) {
     EXPECT_NE(renumbered.out.find("nothing to renumber"), std::string::npos) << renumbered.out;
   }
   ExpectExtent(Json({"info", db_, root_})["extent"], {-7, -3, 120, 40});
-
-  // A source of another kind than the layer's is refused whole.
-  const std::string layers = QueryScalar(db_, "SELECT COUNT(*) FROM layer");
-  const CProcessResult refused =
-      RunTool({"import", db_, dir_.File("gis-polygon.geojson"), "--layer-type", "gis-point"});
-  EXPECT_EQ(refused.exitCode, 1);
-  EXPECT_NE(refused.err.find("a gis-point layer holds point geometries only"), std::string::npos)
-      << refused.err;
-  EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM layer"), layers);
 }
 
 // The world atlas: every country listed, the extent that of the world's land, Fiji and eastern

@@ -6,6 +6,9 @@
 #include <ogrsf_frmts.h>
 #include <sqlite3.h>
 
+#include <filesystem>
+#include <set>
+
 #include "CliFixtures.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
@@ -43,7 +46,8 @@ TEST_F(CliTest, CreateMakesAnEmptyDatabase) {
 }
 
 // Every refusal of every command: one line on standard error, the usage code for mistakes in the
-// arguments, and no file written or changed.
+// arguments, and no file written or changed; an export refuses when any file it would make exists
+// (a format's side file, or that of a further layer a shapefile puts beside the first).
 TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
   const std::string layer = ImportPoints("pts", 2);
   ImportPoints("more", 2);
@@ -55,6 +59,12 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
   ASSERT_TRUE(WriteFileBytes(plainSqlite, ""));  // an empty file is an empty SQLite database
   const std::string existing = dir_.File("exists.gpkg");
   ASSERT_TRUE(WriteFileBytes(existing, "mine"));
+  const std::string csv = dir_.File("sites.csv"), emptyCsv = dir_.File("empty.csv");
+  ASSERT_TRUE(WriteFileBytes(csv, "name,lng,lat\nwell,100.5,30.25\n"));
+  ASSERT_TRUE(WriteFileBytes(emptyCsv, "name,WKT\n"));
+  for (const char* side : {"x.dbf", "c.prj", "more.shx"}) {
+    ASSERT_TRUE(WriteFileBytes(dir_.File(side), "mine"));
+  }
   const std::string before = ReadFileBytes(db_);
   const struct {
     std::vector<std::string> args;
@@ -71,6 +81,11 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
       {{"import", db_, source, "--under", feature}, 1, "--under must name a folder or a layer"},
       {{"import", db_, source, "--under", "x'; DROP TABLE shape; --"}, 2, "is not a node uuid"},
       {{"import", db_, source, "--layer-type", "cubes"}, 2, "--layer-type"},
+      {{"import", db_, source, "--layer-type", "gis-line"}, 1,
+       "a gis-line layer holds line geometries only"},
+      {{"import", db_, csv}, 1, "no feature to import (1 skipped, 1 without geometry)"},
+      {{"import", db_, emptyCsv}, 1, "the source gave no feature to import; nothing was imported"},
+      {{"import", db_, csv, "--oo", "X_POSSIBLE_NAMES"}, 2, "--oo wants NAME=VALUE"},
       {{"import", db_, source, "--name-field", "nope"}, 1,
        "no layer of " + source + " has a field named 'nope'"},
       {{"import", db_, dir_.File("absent.geojson")}, 1, "absent.geojson: no such file"},
@@ -92,6 +107,9 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
       {{"export", db_, layer, dir_.File("x"), "--format", "Nope"}, 2, "unknown format 'Nope'"},
       {{"export", db_, feature, dir_.File("f.gpkg")}, 1, "is a feature"},
       {{"export", db_, layer, dir_.File("no/such/dir/a.gpkg")}, 1, "cannot create"},
+      {{"export", db_, layer, dir_.File("x.shp")}, 1, "would overwrite " + dir_.File("x.dbf")},
+      {{"export", db_, layer, dir_.File("c.csv")}, 1, "would overwrite " + dir_.File("c.prj")},
+      {{"export", db_, root_, dir_.File("all.shp")}, 1, "would overwrite " + dir_.File("more.shx")},
       {{"rebuild-order", db_, feature}, 1, "a feature has no children"},
       {{"copy", db_, layer, "--to", layer}, 1, "own subtree"},
       {{"copy", db_, feature, "--to", root_}, 1, "a feature can only be copied under a layer"},
@@ -102,10 +120,17 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
   for (const auto& c : cases) ExpectOneLineFailure(RunTool(c.args), c.code, c.fragment);
   EXPECT_EQ(ReadFileBytes(db_), before);
   EXPECT_EQ(ReadFileBytes(text), "this is not a database, nor vector data\n");
-  EXPECT_EQ(ReadFileBytes(existing), "mine");
-  for (const char* name : {"missing", "two.geojson", "f.gpkg", "x"}) {
-    EXPECT_FALSE(FileExists(dir_.File(name))) << name;
+  for (const char* kept : {"exists.gpkg", "x.dbf", "c.prj", "more.shx"}) {
+    EXPECT_EQ(ReadFileBytes(dir_.File(kept)), "mine") << kept;
   }
+  std::set<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.Path())) {
+    files.insert(entry.path().filename().string());
+  }
+  EXPECT_EQ(files, (std::set<std::string>{"notes.db", "pts.geojson", "more.geojson", "notes.txt",
+                                          "plain.db", "exists.gpkg", "sites.csv", "empty.csv",
+                                          "x.dbf", "c.prj", "more.shx"}))
+      << "nothing written, no staging left";
 }
 
 // An imported GeoJSON file: typed fields in source order, names from --name-field, Z; and `info`
