@@ -77,7 +77,7 @@ class CliRenderTest : public CCliDatabaseTest {
 
 TEST_F(CliRenderTest, DrawsTheFeaturesInsideTheViewInTheirStyles) {
   Json::Value json;
-  const QImage image = Render({}, &json);
+  const QImage image = Render({"--timeout", "60"}, &json);
   ASSERT_FALSE(image.isNull());
   EXPECT_EQ(image.size(), QSize(400, 400));
   EXPECT_EQ(json["features"].asInt(), 4) << "the point outside the view is not taken";
@@ -131,6 +131,8 @@ TEST_F(CliRenderTest, MistakesAndFailuresWriteNoPicture) {
       {{"render", db_, "--extent", "10,0,0,10", "-o", png}, 2, "MINX < MAXX"},
       {{"render", db_, "--extent", kExtent, "--size", "0x10", "-o", png}, 2, "--size"},
       {{"render", db_, "--extent", kExtent, "--level", "22", "-o", png}, 2, "--level"},
+      {{"render", db_, "--extent", kExtent, "--max-features", "0", "-o", png}, 2, "--max-features"},
+      {{"render", db_, "--extent", kExtent, "--timeout", "0", "-o", png}, 2, "--timeout"},
       {{"render", db_, "--extent", kExtent, "--background", "nocolour", "-o", png}, 2,
        "--background"},
       {{"render", db_, "--extent", kExtent, "-o", dir_.File("x.gif")}, 2, ".png, .jpg or .jpeg"},

@@ -43,6 +43,8 @@ TEST_F(CliTest, CreateMakesAnEmptyDatabase) {
   const CProcessResult text = RunTool({"create", dir_.File("second.db")});
   EXPECT_EQ(text.exitCode, 0);
   EXPECT_EQ(text.out.rfind("created " + dir_.File("second.db") + " (top root folder ", 0), 0u);
+  const CProcessResult verbose = RunTool({"tree", db_, "--verbose"});
+  EXPECT_NE(verbose.err.find("[info] module: "), std::string::npos) << "the module's log lines";
 }
 
 // Every refusal of every command: one line on standard error, the usage code for mistakes in the
@@ -105,6 +107,9 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
       {{"export", db_, root_, dir_.File("two.geojson")}, 1, "holds one layer only"},
       {{"export", db_, layer, dir_.File("x.unknownext")}, 2, "no GDAL driver writes"},
       {{"export", db_, layer, dir_.File("x"), "--format", "Nope"}, 2, "unknown format 'Nope'"},
+      {{"export", db_, layer, dir_.File("t.gpkg"), "--tree"}, 2, "--tree writes OUT.kml or OUT.kmz"},
+      {{"export", db_, layer, dir_.File("t.kml"), "--tree", "--format", "KML"}, 2,
+       "--format does not go with --tree"},
       {{"export", db_, feature, dir_.File("f.gpkg")}, 1, "is a feature"},
       {{"export", db_, layer, dir_.File("no/such/dir/a.gpkg")}, 1, "cannot create"},
       {{"export", db_, layer, dir_.File("x.shp")}, 1, "would overwrite " + dir_.File("x.dbf")},
@@ -317,8 +322,9 @@ TEST_F(CliTest, ExportWritesALayerPerLayerThatImportsBackTheSame) {
     OGRFeatureUniquePtr second(layer->GetNextFeature());
     EXPECT_TRUE(second->IsFieldNull(second->GetFieldIndex("rank")));
   }
-  const Json::Value summary = ParseJson(
-      RunTool({"export", db_, LayerUuid(db_, "areas"), dir_.File("areas.fgb"), "--json"}).out);
+  const Json::Value summary = ParseJson(RunTool({"export", db_, LayerUuid(db_, "areas"),
+                                                 dir_.File("areas"), "--format", "FlatGeobuf",
+                                                 "--json"}).out);
   EXPECT_EQ(summary["format"].asString(), "FlatGeobuf");
   EXPECT_EQ(summary["layers"].asInt(), 1);
   EXPECT_EQ(summary["features"].asInt(), 3);
