@@ -58,8 +58,10 @@ void ExpectExtent(const Json::Value& extent, const std::vector<double>& expected
 }
 
 // Every kind of GIS layer: its features listed and counted, each checked without a status row;
-// its extent read from the geometry; renumbering says there is nothing to do.
-TEST_F(CliJourneysTest, GisLayersAreListedMeasuredAndLeftInStoredOrder) {
+// its extent read from the geometry; renumbering says there is nothing to do. Then the U.S. states
+// as a GIS layer, moved out of the layer the import made for the file (a copy, then a deletion of
+// the original), and drawn.
+TEST_F(CliJourneysTest, GisLayersAreListedMeasuredMovedAndDrawn) {
   const struct {
     const char* type;
     OGRwkbGeometryType kind;
@@ -92,6 +94,19 @@ TEST_F(CliJourneysTest, GisLayersAreListedMeasuredAndLeftInStoredOrder) {
     EXPECT_NE(renumbered.out.find("nothing to renumber"), std::string::npos) << renumbered.out;
   }
   ExpectExtent(Json({"info", db_, root_})["extent"], {-7, -3, 120, 40});
+
+  const std::string states =
+      std::string(ANNOTATIONLAYER_SOURCE_DIR) + "/data/us-atlas/states-10m.json";
+  ASSERT_EQ(RunTool({"import", db_, states, "--layer-type", "gis-polygon"}).exitCode, 0);
+  const Json::Value copied = Json({"copy", db_, LayerUuid(db_, "states"), "--to", root_});
+  EXPECT_EQ(copied["nodes"].asInt(), 57);
+  ASSERT_EQ(RunTool({"delete", db_, LayerUuid(db_, "states-10m")}).exitCode, 0);
+  const Json::Value moved = Find(Json({"tree", db_, "--features"}), "states");
+  EXPECT_EQ(moved["uuid"].asString(), copied["copy"].asString());
+  EXPECT_EQ(moved["nodes"].size(), 56u);
+  const Json::Value drawn = Json({"render", db_, "--extent", "-180,15,-60,75", "--size", "600x300",
+                                  "-o", dir_.File("us.png")});
+  EXPECT_EQ(drawn["drawn"].asInt(), 53) << "all but American Samoa, Guam and the Northern Marianas";
 }
 
 // The world atlas: every country listed, the extent that of the world's land, Fiji and eastern
@@ -164,23 +179,6 @@ TEST_F(CliJourneysTest, KmlStylesStayWithTheirFeatures) {
 }
 
 }  // namespace
-
-// The U.S. states as a GIS layer, moved out of the layer the import made for the file (a copy,
-// then a deletion of the original), and drawn.
-TEST_F(CliJourneysTest, StatesMovedAsAGisLayerAreAllThereAndDrawn) {
-  const std::string states = std::string(ANNOTATIONLAYER_SOURCE_DIR) + "/data/us-atlas/states-10m.json";
-  ASSERT_EQ(RunTool({"import", db_, states, "--layer-type", "gis-polygon"}).exitCode, 0);
-  const Json::Value copied =
-      Json({"copy", db_, LayerUuid(db_, "states"), "--to", root_});
-  EXPECT_EQ(copied["nodes"].asInt(), 57);
-  ASSERT_EQ(RunTool({"delete", db_, LayerUuid(db_, "states-10m")}).exitCode, 0);
-  const Json::Value moved = Find(Json({"tree", db_, "--features"}), "states");
-  EXPECT_EQ(moved["uuid"].asString(), copied["copy"].asString());
-  EXPECT_EQ(moved["nodes"].size(), 56u);
-  const Json::Value drawn = Json({"render", db_, "--extent", "-180,15,-60,75", "--size", "600x300",
-                                  "-o", dir_.File("us.png")});
-  EXPECT_EQ(drawn["drawn"].asInt(), 53) << "all but American Samoa, Guam and the Northern Marianas";
-}
 
 // What `query --extent` lists is what meets the rectangle, edges included, as `ogrinfo -spat`
 // gives it: not a line whose box meets the rectangle while the line itself passes it by.

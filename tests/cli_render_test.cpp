@@ -100,20 +100,17 @@ TEST_F(CliRenderTest, DrawsTheFeaturesInsideTheViewInTheirStyles) {
   EXPECT_GT(InkIn(image, QRect(200, 175, 190, 25)), 20);
   // Empty map stays background.
   EXPECT_EQ(InkIn(image, QRect(0, 0, 150, 150)), 0);
-}
 
-// An empty view stays background; the engine's limit cuts a view short (it takes one feature
-// over its limit before it ends the pass).
-TEST_F(CliRenderTest, EmptyAndLimitedViews) {
-  Json::Value json;
-  QImage image = Render({"--background", "#fffffe"}, &json, "100,-80,150,-60");
-  ASSERT_FALSE(image.isNull());
+  // A view of nothing stays background; the engine's limit cuts a view short (it takes one
+  // feature over its limit before it ends the pass).
+  QImage empty = Render({"--background", "#fffffe"}, &json, "100,-80,150,-60");
+  ASSERT_FALSE(empty.isNull());
   EXPECT_EQ(json["features"].asInt(), 0);
-  QImage background(image.size(), image.format());
+  QImage background(empty.size(), empty.format());
   background.fill(qRgb(255, 255, 254));
-  EXPECT_TRUE(image == background);
-  image = Render({"--max-features", "1", "--level", "21"}, &json);
-  ASSERT_FALSE(image.isNull());
+  EXPECT_TRUE(empty == background);
+  const QImage limited = Render({"--max-features", "1", "--level", "21"}, &json);
+  ASSERT_FALSE(limited.isNull());
   EXPECT_EQ(json["features"].asInt(), 2);
   EXPECT_EQ(json["drawn"].asInt(), 2);
   EXPECT_EQ(json["level"].asInt(), 21);
