@@ -239,7 +239,7 @@ TEST(FieldConverter, GivesTypedValues) {
   definition->Release();
 }
 
-TEST(StyleConverter, ReadsPenBrushLabelAndSymbol) {
+TEST(StyleConverter, ReadsWritesAndRoundTripsEveryKindAndUnit) {
   CFeatureStyleSet styles;
   EXPECT_EQ(CStyleConverter::FromStyleString(
                 "PEN(c:#FF0000,w:3pt,id:\"mapinfo-pen-2,ogr-pen-5\");"
@@ -259,15 +259,14 @@ TEST(StyleConverter, ReadsPenBrushLabelAndSymbol) {
             "BRUSH(id:\"ogr-brush-4\",fc:#00ff00,bc:#0000ff,a:30,s:2);"
             "SYMBOL(id:\"pin.png\",a:90,s:1.5);"
             "LABEL(s:14px,f:\"Arial\",a:45,c:#112233,b:#445566,o:#778899,bo:1,it:1)");
-}
 
-TEST(StyleConverter, KeepsUnitsAndRoundTrips) {
-  const char* const styles[] = {"PEN(w:2g,c:#010203,id:\"ogr-pen-0\")",
-                                "PEN(w:1.5mm,id:\"ogr-pen-3\")",
-                                "PEN(w:0.2in,c:#ffffff,id:\"ogr-pen-1\")",
-                                "BRUSH(id:\"ogr-brush-1\",fc:#0a0b0c)",
-                                "LABEL(s:9cm,c:#000000,un:1,st:1)"};
-  for (const char* text : styles) {
+  // Units survive a round trip; a bare number is in millimetres; what is no style gives none.
+  const char* const units[] = {"PEN(w:2g,c:#010203,id:\"ogr-pen-0\")",
+                               "PEN(w:1.5mm,id:\"ogr-pen-3\")",
+                               "PEN(w:0.2in,c:#ffffff,id:\"ogr-pen-1\")",
+                               "BRUSH(id:\"ogr-brush-1\",fc:#0a0b0c)",
+                               "LABEL(s:9cm,c:#000000,un:1,st:1)"};
+  for (const char* text : units) {
     CFeatureStyleSet set;
     ASSERT_EQ(CStyleConverter::FromStyleString(text, &set), 1) << text;
     const std::string written = CStyleConverter::ToStyleString(set);
@@ -277,8 +276,7 @@ TEST(StyleConverter, KeepsUnitsAndRoundTrips) {
   }
   CFeatureStyleSet bare;
   ASSERT_EQ(CStyleConverter::FromStyleString("PEN(w:2)", &bare), 1);
-  EXPECT_EQ(dynamic_cast<const CFeaturePenStyle*>(bare.At(0))->GetUnit(), GCS_UNIT_MILLIMETER)
-      << "a bare number is in millimetres";
+  EXPECT_EQ(dynamic_cast<const CFeaturePenStyle*>(bare.At(0))->GetUnit(), GCS_UNIT_MILLIMETER);
   EXPECT_EQ(CStyleConverter::ToStyleString(bare), "PEN(w:2mm,c:#000000,id:\"ogr-pen-0\")");
   CFeatureStyleSet none;
   for (const char* text : {"", "not a style", "@layerstyle"}) {
