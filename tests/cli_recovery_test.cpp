@@ -36,14 +36,6 @@ CProcessRunner::ErrorWatcher SignalWhen(int signal, bool* sent,
   };
 }
 
-bool Exec(const std::string& path, const std::string& sql) {
-  sqlite3* db = nullptr;
-  const bool ok = sqlite3_open(path.c_str(), &db) == SQLITE_OK &&
-                  sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-  sqlite3_close(db);
-  return ok;
-}
-
 using CliRecoveryTest = CCliDatabaseTest;
 
 // A writer killed mid-transaction leaves a hot journal, which read-only connections cannot roll
@@ -88,7 +80,7 @@ TEST_F(CliRecoveryTest, InterruptedCommandsLeaveTheDatabaseAsItWas) {
   const std::string layer = ImportPoints("many", 30000);
   ASSERT_FALSE(layer.empty());
   // Unassigned numbers give the renumbering work to do (and something to take back).
-  ASSERT_TRUE(Exec(db_, "UPDATE shape_order SET order_num = -1 WHERE rowid % 2 = 0"));
+  ASSERT_TRUE(ExecSql(db_, "UPDATE shape_order SET order_num = -1 WHERE rowid % 2 = 0"));
   const std::string kOrders =
       "SELECT group_concat(uuid || ':' || order_num) FROM (SELECT * FROM shape_order ORDER BY "
       "uuid)";

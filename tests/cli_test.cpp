@@ -4,7 +4,6 @@
 
 #include <gdal_priv.h>
 #include <ogrsf_frmts.h>
-#include <sqlite3.h>
 
 #include <filesystem>
 #include <set>
@@ -451,11 +450,7 @@ TEST_F(CliTest, CopyDuplicatesSubtreesAndRebuildOrderRenumbersBrokenLists) {
   EXPECT_EQ(one.out.size(), 33u) << "the copy's uuid and a newline";
   ExpectOneLineFailure(RunTool({"copy", db_, layer, "--to", copy}), 1, "own subtree");
 
-  sqlite3* raw = nullptr;
-  ASSERT_EQ(sqlite3_open(db_.c_str(), &raw), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(raw, "UPDATE shape_order SET order_num = -1", nullptr, nullptr, nullptr),
-            SQLITE_OK);
-  sqlite3_close(raw);
+  ASSERT_TRUE(ExecSql(db_, "UPDATE shape_order SET order_num = -1"));
   const CProcessResult flat = RunTool({"rebuild-order", db_, root_});
   ASSERT_EQ(flat.exitCode, 0) << flat.err;
   EXPECT_EQ(QueryScalar(db_, "SELECT COUNT(*) FROM shape_order WHERE order_num = -1"), "9")

@@ -3,6 +3,7 @@
 #include <gdal_priv.h>
 #include <json/reader.h>
 #include <ogrsf_frmts.h>
+#include <sqlite3.h>
 
 #include <memory>
 #include <sstream>
@@ -106,6 +107,14 @@ int LineCount(const std::string& text) {
   int lines = 0;
   for (char c : text) lines += c == '\n' ? 1 : 0;
   return lines;
+}
+
+bool ExecSql(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  const bool ok = sqlite3_open(path.c_str(), &db) == SQLITE_OK &&
+                  sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(db);
+  return ok;
 }
 
 bool WriteSource(const std::string& path, const std::string& driverName,

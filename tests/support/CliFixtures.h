@@ -45,6 +45,8 @@ void ExpectOneLineFailure(const CProcessResult& result, int code, const std::str
 Json::Value ParseJson(const std::string& text);
 // The number of lines of `text`.
 int LineCount(const std::string& text);
+// Runs `sql` on the database at `path` through a connection of its own; false when it fails.
+bool ExecSql(const std::string& path, const std::string& sql);
 
 struct SourceField {
   std::string name;
