@@ -10,7 +10,6 @@
 #include <algorithm>
 
 #include "CliFixtures.h"
-#include "TempDir.h"
 #include "TestDatabase.h"
 
 namespace {

@@ -20,7 +20,7 @@ TEST(CliHelpTest, ToolHelpListsEveryCommand) {
   const CProcessResult result = RunTool({"--help"});
   EXPECT_EQ(result.exitCode, 0);
   for (const char* command : {"create", "import", "export", "tree", "info", "query", "delete",
-                              "copy", "rebuild-order"}) {
+                              "copy", "rebuild-order", "render"}) {
     EXPECT_NE(result.out.find(std::string("\n  ") + command + " "), std::string::npos) << command;
     const CProcessResult help = RunTool({command, "--help"});
     EXPECT_EQ(help.exitCode, 0) << command;
