@@ -106,7 +106,7 @@ TEST_F(CliTest, FailuresAreOneLineAndWriteNothing) {
       {{"export", db_, root_, dir_.File("two.geojson")}, 1, "holds one layer only"},
       {{"export", db_, layer, dir_.File("x.unknownext")}, 2, "no GDAL driver writes"},
       {{"export", db_, layer, dir_.File("x"), "--format", "Nope"}, 2, "unknown format 'Nope'"},
-      {{"export", db_, layer, dir_.File("t.gpkg"), "--tree"}, 2, "--tree writes OUT.kml or OUT.kmz"},
+      {{"export", db_, layer, dir_.File("t.gpkg"), "--tree"}, 2, "--tree writes OUT.kml"},
       {{"export", db_, layer, dir_.File("t.kml"), "--tree", "--format", "KML"}, 2,
        "--format does not go with --tree"},
       {{"export", db_, feature, dir_.File("f.gpkg")}, 1, "is a feature"},
