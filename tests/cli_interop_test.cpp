@@ -6,35 +6,13 @@
 
 #include <gdal_priv.h>
 #include <ogrsf_frmts.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <sstream>
 
 #include "CliFixtures.h"
-#include "TempDir.h"
 #include "TestDatabase.h"
 
 namespace {
-
-class GdalDrivers : public ::testing::Environment {
- public:
-  void SetUp() override { GDALAllRegister(); }
-};
-const auto* const kGdal = ::testing::AddGlobalTestEnvironment(new GdalDrivers);
-
-// The full path of a program on PATH, or "".
-std::string FindProgram(const std::string& name) {
-  const char* path = std::getenv("PATH");
-  std::istringstream dirs(path != nullptr ? path : "/usr/bin:/bin");
-  std::string dir;
-  while (std::getline(dirs, dir, ':')) {
-    const std::string candidate = dir + "/" + name;
-    if (access(candidate.c_str(), X_OK) == 0) return candidate;
-  }
-  return std::string();
-}
 
 std::string IsoWkt(const OGRGeometry& geometry) {
   OGRWktOptions options;
@@ -75,8 +53,6 @@ using InteropTest = CCliDatabaseTest;
 // GDAL opens the database: ogrinfo lists the `shape` layer with its count and extent, and the
 // geometries read back through OGR equal the source's, with Z and in WGS 84.
 TEST_F(InteropTest, OgrListsAndReadsBackTheShapeLayer) {
-  const std::string ogrinfo = FindProgram("ogrinfo");
-  ASSERT_FALSE(ogrinfo.empty()) << "ogrinfo (gdal-bin) is needed";
   const SourceLayer shapes = Shapes();
   const std::string source = dir_.File("shapes.gpkg");
   ASSERT_TRUE(WriteSource(source, "GPKG", {shapes}));
@@ -84,7 +60,7 @@ TEST_F(InteropTest, OgrListsAndReadsBackTheShapeLayer) {
 
   CProcessRunner runner;
   runner.SetTimeoutSeconds(120);
-  const CProcessResult summary = runner.Run({ogrinfo, "-ro", "-so", db_, "shape"});
+  const CProcessResult summary = runner.Run({"/usr/bin/ogrinfo", "-ro", "-so", db_, "shape"});
   ASSERT_EQ(summary.exitCode, 0) << summary.err;
   EXPECT_NE(summary.out.find("Feature Count: 6\n"), std::string::npos) << summary.out;
   EXPECT_NE(summary.out.find("WGS 84"), std::string::npos);
@@ -122,12 +98,10 @@ struct RoundTripCase {
   bool boolsAsIntegers;  // the format has no boolean type
 };
 
-class RoundTrip : public ::testing::TestWithParam<RoundTripCase> {};
+class RoundTrip : public CCliDatabaseTest, public ::testing::WithParamInterface<RoundTripCase> {};
 
 TEST_P(RoundTrip, ImportOfAnExportGivesBackTheSameFeatures) {
-  CTempDir dir;
-  const std::string first = dir.File("first.db"), second = dir.File("second.db");
-  ASSERT_EQ(RunTool({"create", first}).exitCode, 0);
+  const std::string first = db_, second = dir_.File("second.db");
   ASSERT_EQ(RunTool({"create", second}).exitCode, 0);
   SourceLayer points = PointLayer("points", 40);
   for (size_t i = 0; i < points.rows.size(); ++i) {
@@ -135,11 +109,11 @@ TEST_P(RoundTrip, ImportOfAnExportGivesBackTheSameFeatures) {
                          std::to_string(30 - i * 0.25) + " " + std::to_string(i * 3) + ")";
   }
   points.rows[3].values[1] = "";  // a null integer
-  const std::string source = dir.File("points.gpkg");
+  const std::string source = dir_.File("points.gpkg");
   ASSERT_TRUE(WriteSource(source, "GPKG", {points}));
   ASSERT_EQ(RunTool({"import", first, source, "--name-field", "name"}).exitCode, 0);
 
-  const std::string out = dir.File(std::string("out.") + GetParam().extension);
+  const std::string out = dir_.File(std::string("out.") + GetParam().extension);
   const CProcessResult exported = RunTool({"export", first, LayerUuid(first, "points"), out});
   ASSERT_EQ(exported.exitCode, 0) << exported.err;
   const CProcessResult imported = RunTool({"import", second, out, "--name-field", "name"});

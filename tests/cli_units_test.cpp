@@ -20,19 +20,11 @@
 
 namespace {
 
-class GdalDrivers : public ::testing::Environment {
- public:
-  void SetUp() override { GDALAllRegister(); }
-};
-const auto* const kGdal = ::testing::AddGlobalTestEnvironment(new GdalDrivers);
-
 OGRGeometryUniquePtr FromWkt(const char* wkt) {
   OGRGeometry* geometry = nullptr;
   OGRGeometryFactory::createFromWkt(wkt, nullptr, &geometry);
   return OGRGeometryUniquePtr(geometry);
 }
-
-// ---- Argument parser ----
 
 class ArgumentParserTest : public ::testing::Test {
  protected:
@@ -67,8 +59,6 @@ TEST_F(ArgumentParserTest, ReadsPositionalsOptionsAndFlags) {
   // Help wins over every mistake.
   ASSERT_TRUE(Parse({"--bogus", "-h"}));
   EXPECT_TRUE(parser_.HelpRequested());
-  EXPECT_NE(parser_.HelpText().find("usage: annotationlayer import DB SOURCE [options]"),
-            std::string::npos);
 }
 
 TEST_F(ArgumentParserTest, RefusesMistakesWithOneLineReasons) {
@@ -87,7 +77,6 @@ TEST_F(ArgumentParserTest, RefusesMistakesWithOneLineReasons) {
   for (const auto& c : cases) {
     EXPECT_FALSE(Parse(c.words)) << c.reason;
     EXPECT_EQ(error_, c.reason);
-    EXPECT_EQ(error_.find('\n'), std::string::npos);
   }
 }
 
@@ -105,8 +94,6 @@ TEST(ArgumentNumbers, IntegersInRangeAndListsOfFiniteNumbers) {
     EXPECT_FALSE(CArgumentParser::ParseNumberList(bad, 4, &values)) << bad;
   }
 }
-
-// ---- Output formats ----
 
 TEST(VectorFormat, ChoosesDriversByExtensionOrName) {
   std::string error;
@@ -130,62 +117,40 @@ TEST(VectorFormat, ChoosesDriversByExtensionOrName) {
   EXPECT_EQ(CVectorFormat::ForOutput("a.d/out", "", &error), nullptr);
 }
 
-// ---- Geometry ----
-
-struct GeometryCase {
-  const char* wkt;
-  E_GEOMETRY_DATA_TYPE kind;
-  std::vector<std::vector<CVector3D>> parts;
-};
-
-class GeometryIn : public ::testing::TestWithParam<GeometryCase> {};
-
-TEST_P(GeometryIn, MapsToTheSixKindsWithZ) {
-  const GeometryCase& c = GetParam();
-  OGRGeometryUniquePtr geometry = FromWkt(c.wkt);
-  ASSERT_TRUE(geometry) << c.wkt;
+// The plain and multi forms of each kind come through the tool's imports (cli_test,
+// cli_interop_test); here the forms those sources do not hold, and the refused ones.
+TEST(GeometryConverter, MapsFormsToKindsOrRefusesThem) {
+  using R = CGeometryConverter;
+  const struct {
+    const char* wkt;
+    CGeometryConverter::E_RESULT result;
+    E_GEOMETRY_DATA_TYPE kind;
+    std::vector<std::vector<CVector3D>> parts;
+  } cases[] = {
+      {"POINT Z (1 2 3)", R::RESULT_CONVERTED, GEOMETRY_DATA_TYPE_POINT, {{{1, 2, 3}}}},
+      {"POINT M (1 2 9)", R::RESULT_CONVERTED, GEOMETRY_DATA_TYPE_POINT, {{{1, 2, 0}}}},
+      {"POLYGON Z ((0 0 1,1 0 1,1 1 1,0 0 1),(0.2 0.2 1,0.3 0.2 1,0.3 0.3 1,0.2 0.2 1))",
+       R::RESULT_CONVERTED, GEOMETRY_DATA_TYPE_POLYGON,
+       {{{0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 0, 1}}}},
+      {"COMPOUNDCURVE ((0 0,1 0),(1 0,1 1))", R::RESULT_CONVERTED, GEOMETRY_DATA_TYPE_LINESTRING,
+       {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}}},
+      {"POINT EMPTY", R::RESULT_EMPTY, GEOMETRY_DATA_TYPE_UNKNOWN, {}},
+      {"MULTIPOINT (EMPTY)", R::RESULT_EMPTY, GEOMETRY_DATA_TYPE_UNKNOWN, {}},
+      {"GEOMETRYCOLLECTION (POINT (1 2))", R::RESULT_UNSUPPORTED, GEOMETRY_DATA_TYPE_UNKNOWN, {}},
+      {"TIN (((0 0 0,0 1 0,1 1 0,0 0 0)))", R::RESULT_UNSUPPORTED, GEOMETRY_DATA_TYPE_UNKNOWN, {}},
+  };
   CGeometryConverter converter;
-  CAnnotationFeature feature;
-  ASSERT_EQ(converter.ToFeature(geometry.get(), &feature), CGeometryConverter::RESULT_CONVERTED);
-  EXPECT_EQ(feature.GetGeometryType(), c.kind);
-  ASSERT_EQ(feature.GetPartCount(), static_cast<int>(c.parts.size()));
-  for (size_t i = 0; i < c.parts.size(); ++i) {
-    EXPECT_EQ(feature.GetPart(static_cast<int>(i)).Vertices(), c.parts[i]) << c.wkt << " part " << i;
+  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_POINT);
+  EXPECT_EQ(converter.ToFeature(nullptr, &feature), R::RESULT_EMPTY);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.wkt);
+    ASSERT_EQ(converter.ToFeature(FromWkt(c.wkt).get(), &feature), c.result);
+    EXPECT_EQ(feature.GetGeometryType(), c.kind);
+    ASSERT_EQ(feature.GetPartCount(), static_cast<int>(c.parts.size()));
+    for (size_t i = 0; i < c.parts.size(); ++i) {
+      EXPECT_EQ(feature.GetPart(static_cast<int>(i)).Vertices(), c.parts[i]) << "part " << i;
+    }
   }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, GeometryIn,
-    ::testing::Values(
-        GeometryCase{"POINT (1 2)", GEOMETRY_DATA_TYPE_POINT, {{{1, 2, 0}}}},
-        GeometryCase{"POINT Z (1 2 3)", GEOMETRY_DATA_TYPE_POINT, {{{1, 2, 3}}}},
-        GeometryCase{"POINT M (1 2 9)", GEOMETRY_DATA_TYPE_POINT, {{{1, 2, 0}}}},
-        GeometryCase{"LINESTRING (0 0,1 1)", GEOMETRY_DATA_TYPE_LINESTRING, {{{0, 0, 0}, {1, 1, 0}}}},
-        GeometryCase{"POLYGON Z ((0 0 1,1 0 1,1 1 1,0 0 1),(0.2 0.2 1,0.3 0.2 1,0.3 0.3 1,0.2 0.2 1))",
-                     GEOMETRY_DATA_TYPE_POLYGON,
-                     {{{0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 0, 1}}}},
-        GeometryCase{"MULTIPOINT (1 2,3 4)", GEOMETRY_DATA_TYPE_MULTIPOINT, {{{1, 2, 0}}, {{3, 4, 0}}}},
-        GeometryCase{"MULTILINESTRING ((0 0,1 1),(2 2,3 3))", GEOMETRY_DATA_TYPE_MULTILINESTRING,
-                     {{{0, 0, 0}, {1, 1, 0}}, {{2, 2, 0}, {3, 3, 0}}}},
-        GeometryCase{"MULTIPOLYGON (((0 0,1 0,1 1,0 0)),((5 5,6 5,6 6,5 5)))",
-                     GEOMETRY_DATA_TYPE_MULTIPOLYGON,
-                     {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 0, 0}},
-                      {{5, 5, 0}, {6, 5, 0}, {6, 6, 0}, {5, 5, 0}}}},
-        GeometryCase{"COMPOUNDCURVE ((0 0,1 0),(1 0,1 1))", GEOMETRY_DATA_TYPE_LINESTRING,
-                     {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}}}));
-
-TEST(GeometryConverter, RefusesEmptyAndUnsupportedGeometries) {
-  CGeometryConverter converter;
-  CAnnotationFeature feature;
-  EXPECT_EQ(converter.ToFeature(nullptr, &feature), CGeometryConverter::RESULT_EMPTY);
-  const std::pair<const char*, CGeometryConverter::E_RESULT> cases[] = {
-      {"POINT EMPTY", CGeometryConverter::RESULT_EMPTY},
-      {"MULTIPOINT (EMPTY)", CGeometryConverter::RESULT_EMPTY},
-      {"GEOMETRYCOLLECTION (POINT (1 2))", CGeometryConverter::RESULT_UNSUPPORTED},
-      {"TIN (((0 0 0,0 1 0,1 1 0,0 0 0)))", CGeometryConverter::RESULT_UNSUPPORTED}};
-  for (const auto& c : cases) EXPECT_EQ(converter.ToFeature(FromWkt(c.first).get(), &feature), c.second);
-  EXPECT_EQ(feature.GetPartCount(), 0);
-  EXPECT_EQ(feature.GetGeometryType(), GEOMETRY_DATA_TYPE_UNKNOWN);
 }
 
 TEST(GeometryConverter, TransformsToWgs84) {
@@ -230,8 +195,6 @@ TEST(GeometryConverter, TransformsToWgs84) {
   EXPECT_EQ(feature.GetPart(0).At(0).X(), 1e30);
 }
 
-// ---- Fields ----
-
 // Setting values back is checked by the export round trips (cli_test, cli_interop_test).
 TEST(FieldConverter, GivesTypedValues) {
   OGRFeatureDefn* definition = new OGRFeatureDefn("t");
@@ -272,14 +235,11 @@ TEST(FieldConverter, GivesTypedValues) {
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 6), QVariant(QString("2024-02-29T13:05:09.500Z")));
     EXPECT_FALSE(CFieldConverter::ToVariant(feature, 7).isValid());
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 8), QVariant(QString("(3:1,2,3)")));
-
   }
   definition->Release();
 }
 
-// ---- Styles ----
-
-TEST(StyleConverter, ReadsPenBrushLabelAndSymbol) {
+TEST(StyleConverter, ReadsWritesAndRoundTripsEveryKindAndUnit) {
   CFeatureStyleSet styles;
   EXPECT_EQ(CStyleConverter::FromStyleString(
                 "PEN(c:#FF0000,w:3pt,id:\"mapinfo-pen-2,ogr-pen-5\");"
@@ -299,15 +259,14 @@ TEST(StyleConverter, ReadsPenBrushLabelAndSymbol) {
             "BRUSH(id:\"ogr-brush-4\",fc:#00ff00,bc:#0000ff,a:30,s:2);"
             "SYMBOL(id:\"pin.png\",a:90,s:1.5);"
             "LABEL(s:14px,f:\"Arial\",a:45,c:#112233,b:#445566,o:#778899,bo:1,it:1)");
-}
 
-TEST(StyleConverter, KeepsUnitsAndRoundTrips) {
-  const char* const styles[] = {"PEN(w:2g,c:#010203,id:\"ogr-pen-0\")",
-                                "PEN(w:1.5mm,id:\"ogr-pen-3\")",
-                                "PEN(w:0.2in,c:#ffffff,id:\"ogr-pen-1\")",
-                                "BRUSH(id:\"ogr-brush-1\",fc:#0a0b0c)",
-                                "LABEL(s:9cm,c:#000000,un:1,st:1)"};
-  for (const char* text : styles) {
+  // Units survive a round trip; a bare number is in millimetres; what is no style gives none.
+  const char* const units[] = {"PEN(w:2g,c:#010203,id:\"ogr-pen-0\")",
+                               "PEN(w:1.5mm,id:\"ogr-pen-3\")",
+                               "PEN(w:0.2in,c:#ffffff,id:\"ogr-pen-1\")",
+                               "BRUSH(id:\"ogr-brush-1\",fc:#0a0b0c)",
+                               "LABEL(s:9cm,c:#000000,un:1,st:1)"};
+  for (const char* text : units) {
     CFeatureStyleSet set;
     ASSERT_EQ(CStyleConverter::FromStyleString(text, &set), 1) << text;
     const std::string written = CStyleConverter::ToStyleString(set);
@@ -317,8 +276,7 @@ TEST(StyleConverter, KeepsUnitsAndRoundTrips) {
   }
   CFeatureStyleSet bare;
   ASSERT_EQ(CStyleConverter::FromStyleString("PEN(w:2)", &bare), 1);
-  EXPECT_EQ(dynamic_cast<const CFeaturePenStyle*>(bare.At(0))->GetUnit(), GCS_UNIT_MILLIMETER)
-      << "a bare number is in millimetres";
+  EXPECT_EQ(dynamic_cast<const CFeaturePenStyle*>(bare.At(0))->GetUnit(), GCS_UNIT_MILLIMETER);
   EXPECT_EQ(CStyleConverter::ToStyleString(bare), "PEN(w:2mm,c:#000000,id:\"ogr-pen-0\")");
   CFeatureStyleSet none;
   for (const char* text : {"", "not a style", "@layerstyle"}) {

@@ -3,6 +3,7 @@
 #include <gdal_priv.h>
 #include <json/reader.h>
 #include <ogrsf_frmts.h>
+#include <sqlite3.h>
 
 #include <memory>
 #include <sstream>
@@ -45,6 +46,13 @@ class CFieldReader : public CZuFieldSetObject::IFieldDataVisitor {
   std::map<std::string, QVariant> fields;
 };
 
+// Every test of the tool reads or writes files through GDAL's drivers.
+class CGdalDrivers : public ::testing::Environment {
+ public:
+  void SetUp() override { GDALAllRegister(); }
+};
+const auto* const kGdal = ::testing::AddGlobalTestEnvironment(new CGdalDrivers);
+
 }  // namespace
 
 void CCliDatabaseTest::SetUp() {
@@ -55,12 +63,35 @@ void CCliDatabaseTest::SetUp() {
   ASSERT_EQ(root_.size(), 32u);
 }
 
+std::string CCliDatabaseTest::ImportPoints(const std::string& name, int count,
+                                           const std::vector<std::string>& extra) {
+  const std::string source = dir_.File(name + ".geojson");
+  if (!FileExists(source) && !WriteSource(source, "GeoJSON", {PointLayer(name, count)})) return "";
+  std::vector<std::string> args{"import", db_, source};
+  args.insert(args.end(), extra.begin(), extra.end());
+  const CProcessResult result = RunTool(args);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  return LayerUuid(db_, name);
+}
+
+std::string CCliDatabaseTest::Count(const std::string& table) {
+  return QueryScalar(db_, "SELECT COUNT(*) FROM " + table);
+}
+
 CProcessResult RunTool(const std::vector<std::string>& args) {
   std::vector<std::string> argv{ANNOTATIONLAYER_CLI_PATH};
   argv.insert(argv.end(), args.begin(), args.end());
   CProcessRunner runner;
   runner.SetTimeoutSeconds(240);
   return runner.Run(argv);
+}
+
+void ExpectOneLineFailure(const CProcessResult& result, int code, const std::string& fragment) {
+  EXPECT_FALSE(result.timedOut);
+  EXPECT_EQ(result.exitCode, code) << result.err;
+  EXPECT_EQ(LineCount(result.err), 1) << result.err;
+  EXPECT_NE(result.err.find(fragment), std::string::npos) << result.err;
+  EXPECT_EQ(result.out, "");
 }
 
 Json::Value ParseJson(const std::string& text) {
@@ -76,6 +107,14 @@ int LineCount(const std::string& text) {
   int lines = 0;
   for (char c : text) lines += c == '\n' ? 1 : 0;
   return lines;
+}
+
+bool ExecSql(const std::string& path, const std::string& sql) {
+  sqlite3* db = nullptr;
+  const bool ok = sqlite3_open(path.c_str(), &db) == SQLITE_OK &&
+                  sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(db);
+  return ok;
 }
 
 bool WriteSource(const std::string& path, const std::string& driverName,
@@ -110,7 +149,6 @@ bool WriteSource(const std::string& path, const std::string& driverName,
         }
         feature->SetGeometryDirectly(geometry);
       }
-      if (!row.style.empty()) feature->SetStyleString(row.style.c_str());
       if (layer->CreateFeature(feature.get()) != OGRERR_NONE) return false;
     }
   }

@@ -24,6 +24,12 @@
 class CCliDatabaseTest : public ::testing::Test {
  protected:
   void SetUp() override;
+  // Imports `count` points (PointLayer) from `name`.geojson, written once, as the layer `name` with
+  // the `extra` arguments; the uuid of the (first) layer of that name.
+  std::string ImportPoints(const std::string& name, int count,
+                           const std::vector<std::string>& extra = {});
+  // The number of rows of `table`, or "" when the database cannot be read.
+  std::string Count(const std::string& table);
 
   CTempDir dir_;
   std::string db_;
@@ -32,10 +38,15 @@ class CCliDatabaseTest : public ::testing::Test {
 
 // Runs the built `annotationlayer` with `args`.
 CProcessResult RunTool(const std::vector<std::string>& args);
+// A refusal: exit `code`, exactly one line on standard error holding `fragment`, nothing on
+// standard output.
+void ExpectOneLineFailure(const CProcessResult& result, int code, const std::string& fragment);
 // Parses a JSON document; a null value when it does not parse.
 Json::Value ParseJson(const std::string& text);
 // The number of lines of `text`.
 int LineCount(const std::string& text);
+// Runs `sql` on the database at `path` through a connection of its own; false when it fails.
+bool ExecSql(const std::string& path, const std::string& sql);
 
 struct SourceField {
   std::string name;
@@ -44,15 +55,10 @@ struct SourceField {
 };
 
 // One feature of a source: its geometry as WKT ("" for none) and its values as text (OGR converts
-// them to the field's type; "" leaves the field null). A style string when not empty.
+// them to the field's type; "" leaves the field null).
 struct SourceRow {
-  SourceRow(std::string wktText = std::string(), std::vector<std::string> texts = {},
-            std::string styleText = std::string())
-      : wkt(std::move(wktText)), values(std::move(texts)), style(std::move(styleText)) {}
-
   std::string wkt;
   std::vector<std::string> values;
-  std::string style;
 };
 
 struct SourceLayer {

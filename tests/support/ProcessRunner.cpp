@@ -68,24 +68,15 @@ CProcessResult CProcessRunner::Run(const std::vector<std::string>& argv) const {
       kill(pid, SIGKILL);
       break;
     }
-    pollfd polls[2];
-    int count = 0;
-    int which[2];
-    for (int i = 0; i < 2; ++i) {
-      if (fds[i] < 0) continue;
-      polls[count].fd = fds[i];
-      polls[count].events = POLLIN;
-      polls[count].revents = 0;
-      which[count++] = i;
-    }
-    const int ready = poll(polls, static_cast<nfds_t>(count), static_cast<int>(left.count()));
+    // poll() skips the entries whose descriptor is negative, that is, already closed.
+    pollfd polls[2] = {{fds[0], POLLIN, 0}, {fds[1], POLLIN, 0}};
+    const int ready = poll(polls, 2, static_cast<int>(left.count()));
     if (ready < 0 && errno == EINTR) continue;
     if (ready < 0) break;
-    for (int p = 0; p < count; ++p) {
-      if (polls[p].revents == 0) continue;
+    for (int i = 0; i < 2; ++i) {
+      if (polls[i].revents == 0) continue;
       char buffer[4096];
-      const ssize_t n = read(polls[p].fd, buffer, sizeof buffer);
-      const int i = which[p];
+      const ssize_t n = read(fds[i], buffer, sizeof buffer);
       if (n > 0) {
         sinks[i]->append(buffer, static_cast<size_t>(n));
         if (i == 1 && watcher_) watcher_(pid, result.err);
