@@ -3,8 +3,10 @@
 
 #include <QImage>
 
+#include <algorithm>
 #include <memory>
 
+#include "AnnotationRenderer.h"
 #include "AnnotationScene.h"
 #include "FeatureBrushStyle.h"
 #include "FeaturePenStyle.h"
@@ -76,6 +78,16 @@ TEST(AnnotationSceneTest, CollectGivesWhatIsShownBackToFront) {
   EXPECT_EQ((std::vector<std::string>{"a", "b", "top"}), Keys(scene.Collect(10)));
   EXPECT_EQ((std::vector<std::string>{"a", "b", "deep", "top"}), Keys(scene.Collect(12)));
   EXPECT_EQ((std::vector<std::string>{"a", "b", "deep", "hidden", "top"}), scene.GetKeys());
+}
+
+TEST(AnnotationRendererTest, OneScenePerViewMadeOnFirstUse) {
+  CAnnotationRenderer* renderer = CAnnotationRenderer::GetInstance();
+  EXPECT_EQ(nullptr, renderer->FindScene(-4242));
+  CAnnotationScene* scene = renderer->GetScene(-4242);
+  ASSERT_NE(nullptr, scene);
+  EXPECT_EQ(scene, renderer->FindScene(-4242));
+  const std::vector<int> ids = renderer->GetSceneIDs();
+  EXPECT_NE(ids.end(), std::find(ids.begin(), ids.end(), -4242));
 }
 
 TEST(ScenePainterTest, DrawsShapesWithTheirStylesInZOrderAndNamesOnlyWithAGuiApplication) {
