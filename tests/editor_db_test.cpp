@@ -69,19 +69,27 @@ std::vector<KeyPointRow> ReadRows(const std::string& path, const char* sql = nul
   return rows;
 }
 
-// Collects what a traversal visits and stops after `stopAfter` points (never when 0).
-class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor {
+// Collects what a traversal of either database visits and stops after `stopAfter` visits (never
+// when 0).
+class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor,
+                           public CSpatialiteNameDB::INameVisitor {
  public:
   explicit CCollectingVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
   bool VisitKeyPoint(int id, const CVector3D& point) override {
     ids.push_back(id);
     points.push_back(point);
-    return stopAfter_ > 0 && static_cast<int>(ids.size()) >= stopAfter_;
+    return Stop(ids.size());
+  }
+  bool VisitName(const CNameRecorder& record) override {
+    records.push_back(record);
+    return Stop(records.size());
   }
   std::vector<int> ids;
   std::vector<CVector3D> points;
+  std::vector<CNameRecorder> records;
 
  private:
+  bool Stop(size_t n) const { return stopAfter_ > 0 && static_cast<int>(n) >= stopAfter_; }
   int stopAfter_;
 };
 
@@ -128,27 +136,6 @@ TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile(utf8Name + "_kpt.db"));
   ASSERT_EQ(1u, rows.size());
   EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
-}
-
-TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
-  CCacheDirScope cache;
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("shared", &feature));
-  auto copy = std::make_unique<CSpatialiteEditorDB>(db);
-  CSpatialiteEditorDB assigned;
-  assigned = *copy;
-  assigned = assigned;
-  ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
-  copy.reset();  // the others keep the connection and its cached statements
-  EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
-  ASSERT_TRUE(db.Close());  // closes it for every handle
-  EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
-  // A closed database refuses without a log line.
-  CZuLogCapture capture;
-  EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
-  EXPECT_TRUE(capture.Lines().empty());
 }
 
 // The name check is shared with the name database; a path escape and a NUL stand for its list.
@@ -299,7 +286,6 @@ TEST_F(EditorDBTest, FullEditingSession) {
   EXPECT_EQ(Part({{0, 0, 1}, {5, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}), feature_.GetPart(0));
   EXPECT_EQ(Part({{20, 20, 2}, {30, 30, 2}}), feature_.GetPart(1));
   EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}, {60, 40, 3}}), feature_.GetPart(2));
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, feature_.GetGeometryType());
 
   // A part left without points disappears and the later parts close up; the target's own parts
   // are replaced.
@@ -331,19 +317,6 @@ int CommittedRows(const std::string& path) {
   return count.empty() ? -1 : std::stoi(count);
 }
 
-class CCollectingNameVisitor : public CSpatialiteNameDB::INameVisitor {
- public:
-  explicit CCollectingNameVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
-  bool VisitName(const CNameRecorder& record) override {
-    records.push_back(record);
-    return stopAfter_ > 0 && static_cast<int>(records.size()) >= stopAfter_;
-  }
-  std::vector<CNameRecorder> records;
-
- private:
-  int stopAfter_;
-};
-
 class NameDBTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(db_.Open("labels")); }
@@ -357,18 +330,41 @@ class NameDBTest : public ::testing::Test {
 
 }  // namespace
 
-TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
-  CNameRecorder record;
-  record.style = "{\"label\":{\"f\":\"SimHei\"}}";
-  CFeatureStyleSet styles;
-  ASSERT_TRUE(record.ConvertToStyle(&styles));
-  ASSERT_EQ(1, styles.GetCount());
-  EXPECT_EQ("SimHei", dynamic_cast<const CFeatureLabelStyle&>(*styles.At(0)).GetFontName());
-  EXPECT_FALSE(record.ConvertToStyle(nullptr));
-  record.style = "not json";
-  CFeatureStyleSet untouched;
-  EXPECT_FALSE(record.ConvertToStyle(&untouched));
-  EXPECT_TRUE(untouched.IsEmpty());
+// Either scratch database: copies share one connection that lives while any copy does.
+TEST(ScratchDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
+  CCacheDirScope cache;
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("shared", &feature));
+  auto copy = std::make_unique<CSpatialiteEditorDB>(db);
+  CSpatialiteEditorDB assigned;
+  assigned = *copy;
+  assigned = assigned;
+  ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
+  copy.reset();  // the others keep the connection and its cached statements
+  EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
+  ASSERT_TRUE(db.Close());  // closes it for every handle
+  EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
+  // A closed database refuses without a log line.
+  CZuLogCapture capture;
+  EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
+  EXPECT_TRUE(capture.Lines().empty());
+
+  const std::string path = cache.CacheFile("name_cluster_shared.db");
+  CSpatialiteNameDB names;
+  ASSERT_TRUE(names.Open("shared"));
+  auto nameCopy = std::make_unique<CSpatialiteNameDB>(names);
+  CSpatialiteNameDB nameAssigned;
+  nameAssigned = *nameCopy;
+  nameAssigned = nameAssigned;
+  ASSERT_TRUE(nameCopy->InsertName(Record("u1", 1, 1)));
+  EXPECT_TRUE(names.IsExistName("u1"));  // one connection, one transaction
+  nameCopy.reset();
+  ASSERT_TRUE(nameAssigned.InsertName(Record("u2", 2, 2)));
+  ASSERT_TRUE(names.Close());  // commits and closes for every handle
+  EXPECT_EQ(2, CommittedRows(path));
+  EXPECT_FALSE(nameAssigned.DeleteAll());  // closed
 }
 
 TEST(NameDBFileTest, OpenRecreatesTheFileAndOnlyCloseCommits) {
@@ -414,24 +410,6 @@ TEST(NameDBFileDeathTest, ProcessEndingWithoutCloseLeavesAnEmptyTable) {
   EXPECT_EQ(0, CommittedRows(path));
 }
 
-TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
-  CCacheDirScope cache;
-  const std::string path = cache.CacheFile("name_cluster_shared.db");
-  CSpatialiteNameDB db;
-  ASSERT_TRUE(db.Open("shared"));
-  auto copy = std::make_unique<CSpatialiteNameDB>(db);
-  CSpatialiteNameDB assigned;
-  assigned = *copy;
-  assigned = assigned;
-  ASSERT_TRUE(copy->InsertName(Record("u1", 1, 1)));
-  EXPECT_TRUE(db.IsExistName("u1"));  // one connection, one transaction
-  copy.reset();
-  ASSERT_TRUE(assigned.InsertName(Record("u2", 2, 2)));
-  ASSERT_TRUE(db.Close());  // commits and closes for every handle
-  EXPECT_EQ(2, CommittedRows(path));
-  EXPECT_FALSE(assigned.DeleteAll());  // closed
-}
-
 // The name check is the editor database's (above); a missing cache directory fails here too.
 TEST(NameDBFileTest, RefusedNamesAndAMissingCacheDirectoryTouchNoFile) {
   CCacheDirScope cache;
@@ -468,7 +446,7 @@ TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
   CNameRecorder changed = Record("u1", 7, 8, 9);
   ASSERT_TRUE(db_.ModifyName(changed));
   EXPECT_EQ(changed, db_.QueryNameRecorder("u1"));
-  CCollectingNameVisitor visitor;
+  CCollectingVisitor visitor;
   db_.TravelViaExtent(EXTENT{0, 0, 1.5, 1.5}, 0, visitor);  // the index follows the move
   EXPECT_TRUE(visitor.records.empty());
   ASSERT_TRUE(db_.ModifyName(Record("fresh", 3, 3)));
@@ -481,6 +459,9 @@ TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
   ASSERT_TRUE(db_.InsertName(record));
   db_.Close();
   EXPECT_EQ("\xe5\x8c\x97\xe4\xba\xac", QueryScalar(Path(), "SELECT name FROM name"));
+  CFeatureStyleSet styles;  // the record's style is the style JSON
+  ASSERT_TRUE(record.ConvertToStyle(&styles));
+  EXPECT_EQ("Arial", dynamic_cast<const CFeatureLabelStyle&>(*styles.At(0)).GetFontName());
 }
 
 TEST_F(NameDBTest, UuidsWithAQuoteAreRefused) {
@@ -505,7 +486,7 @@ TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadEx
   ASSERT_TRUE(db_.InsertName(Record("in2", 2, 3)));
   ASSERT_TRUE(db_.InsertName(Record("out", 20, 20)));
   ASSERT_TRUE(db_.InsertName(Record("edge", 4, 2)));  // on the extent's right edge
-  CCollectingNameVisitor visitor;
+  CCollectingVisitor visitor;
   db_.TravelViaExtent(EXTENT{0, 0, 4, 4}, 0, visitor);
   ASSERT_EQ(2u, visitor.records.size());
   EXPECT_EQ("in2", visitor.records[1].uuid);
@@ -514,11 +495,11 @@ TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadEx
   expected.uuid = "in1";
   expected.position = CVector3D(1, 1, 5);
   EXPECT_EQ(expected, visitor.records[0]);
-  CCollectingNameVisitor limited(2);
+  CCollectingVisitor limited(2);
   db_.TravelViaExtent(EXTENT{-1, -1, 30, 30}, 3, limited);
   EXPECT_EQ(2u, limited.records.size());
   CZuLogCapture capture;
-  CCollectingNameVisitor none;
+  CCollectingVisitor none;
   db_.TravelViaExtent(EXTENT{std::numeric_limits<double>::quiet_NaN(), 0, 4, 4}, 0, none);
   EXPECT_TRUE(none.records.empty());
   EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::TravelViaExtent]:"));
