@@ -3,8 +3,6 @@
 // check afterwards and keep the data committed before it.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
 #include "CacheDirScope.h"
@@ -136,8 +134,7 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
   ASSERT_GT(total, 0);
   // Then the writes failing from each step on (at most 25 steps, spread evenly).
   const int stride = std::max(1, total / 25);
-  int injected = 0;
-  for (int allowed = 0; allowed < total; allowed += stride, ++injected) {
+  for (int allowed = 0; allowed < total; allowed += stride) {
     run(allowed);
     // Opening read-write rolls back a journal left by the failure.
     CSpatialiteDBDataModel reopened;
@@ -147,9 +144,6 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
     EXPECT_EQ("ok", QueryScalar(path, "PRAGMA integrity_check")) << "writes allowed: " << allowed;
     EXPECT_EQ("30", QueryScalar(path, keep)) << "writes allowed: " << allowed;
   }
-  std::printf("[ write faults ] %s: %d faults injected across its %d writes, %d writes apart (I/O "
-              "error and full disk by turns)\n",
-              GetParam().first, injected, total, stride);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -167,8 +161,7 @@ TEST(EditorWriteFaultTest, FailingWritesNeverCrashTheEditor) {
   for (int i = 0; i < 50; ++i) part.PushBack(CVector3D(i, i, 0));
   feature.AddPart(part);
   CZuLogCapture quiet;
-  int injected = 0;
-  for (int allowed = 0; allowed < 60; allowed += 3, ++injected) {
+  for (int allowed = 0; allowed < 60; allowed += 3) {
     CFaultVfs vfs;
     vfs.FailAfter(allowed, allowed % 2 == 1);
     CSpatialiteEditorDB editor;
@@ -182,7 +175,6 @@ TEST(EditorWriteFaultTest, FailingWritesNeverCrashTheEditor) {
     }
     vfs.FailAfter(-1, false);
   }
-  std::printf("[ write faults ] editor: %d faults injected\n", injected);
   // With writes allowed again the editor works as before.
   CFaultVfs vfs;
   CSpatialiteEditorDB editor;
