@@ -196,15 +196,12 @@ using FieldsTest = EnclosureModelTest;
 
 }  // namespace
 
-// The index array is not touched by an insert, and the update statement carries a comma before
-// WHERE, so it fails at prepare.
+// The update statement carries a comma before WHERE, so it fails at prepare.
 TEST_F(EnclosureModelTest, InsertWritesTheRowButNotTheIdAndUpdateFailsAtPrepare) {
   const int id = Insert(Utf8ToLocal("现场照片"), Utf8ToLocal("D:/照片/1.jpg"), "");
   EXPECT_EQ(feature_ + "|2|现场照片|D:/照片/1.jpg|",
             Scalar("SELECT puuid || '|' || type || '|' || description || '|' || local_path || "
                    "'|' || url FROM shape_enclosure WHERE id = " + std::to_string(id)));
-  EXPECT_EQ(std::string::npos,
-            Scalar("SELECT index_id FROM shape WHERE uuid = '" + feature_ + "'").find("e:"));
   CEnclosureOption zero(0, ENCLOSURE_TYPE_FILE);
   ASSERT_TRUE(model_.ModifyOrInsertEnclosure(zero));  // id 0 is no row yet: inserted
   EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM shape_enclosure"));
@@ -407,22 +404,11 @@ TEST_F(FieldsTest, InsertFeatureWithItsObjectWritesStyleFieldsAndGeometry) {
   EXPECT_EQ(4, dynamic_cast<const CFeaturePenStyle*>(styles.At(0))->GetWidth());
 }
 
-namespace {
-
-class GeometryModelTest : public StyleModelTest {
- protected:
-  void SetUp() override {
-    StyleModelTest::SetUp();
-    layer_ = AddLayer();
-  }
-
-  std::string layer_;
-};
-
-}  // namespace
+using GeometryModelTest = StyleModelTest;
 
 TEST_F(GeometryModelTest, CorruptStoredBlobIsUnreadableNotFatal) {
-  const std::string uuid = AddFeature(layer_, 2, {Part({{0, 0, 0}, {5, 5, 5}})});
+  const std::string layer = AddLayer();
+  const std::string uuid = AddFeature(layer, 2, {Part({{0, 0, 0}, {5, 5, 5}})});
   // A damaged file has no SpatiaLite triggers in the way (they would hand the blob to gaia).
   sqlite3* db = model_.GetConnection();
   std::vector<std::string> triggers;
@@ -439,12 +425,13 @@ TEST_F(GeometryModelTest, CorruptStoredBlobIsUnreadableNotFatal) {
   EXPECT_EQ(0, read.GetPartCount());
   EXPECT_TRUE(capture.Contains("[QueryGeometryData]:"));
   EXPECT_EQ(0.0, model_.QueryBoundingBox(uuid).max_x);
-  EXPECT_TRUE(model_.DirtyLayerBoundingBox(layer_));
+  EXPECT_TRUE(model_.DirtyLayerBoundingBox(layer));
 }
 
 TEST_F(GeometryModelTest, ModifyReplacesTheRowAndKeepsItsNodeData) {
-  const std::string uuid = AddFeature(layer_, 0, {}, Utf8ToLocal("北京 标注"));
-  AddFeature(layer_);  // a later row, so that the replacement cannot reuse the highest row id
+  const std::string layer = AddLayer();
+  const std::string uuid = AddFeature(layer, 0, {}, Utf8ToLocal("北京 标注"));
+  AddFeature(layer);  // a later row, so that the replacement cannot reuse the highest row id
   const std::string of = " FROM shape WHERE uuid = '" + uuid + "'";
   ASSERT_TRUE(ExecSql(model_.GetConnection(),
                       "UPDATE shape SET createtime = '2000-01-01', modifytime = '2000-01-02', "
@@ -455,7 +442,7 @@ TEST_F(GeometryModelTest, ModifyReplacesTheRowAndKeepsItsNodeData) {
   geometry.AddPart(Part({{1, 1, 1}, {2, 2, 2}}));
   ASSERT_TRUE(model_.ModifyGeometryData(uuid, &geometry));
   EXPECT_NE(before, Scalar("SELECT ROWID" + of));
-  EXPECT_EQ(layer_ + "|2|北京 标注|s:77;e:5",
+  EXPECT_EQ(layer + "|2|北京 标注|s:77;e:5",
             Scalar("SELECT puuid || '|' || type || '|' || name || '|' || index_id" + of));
   // The times are the column defaults of the new row; order and status rows stay.
   EXPECT_EQ(Scalar("SELECT strftime('%Y', 'now')"), Scalar("SELECT substr(modifytime, 1, 4)" + of));
@@ -472,26 +459,28 @@ TEST_F(GeometryModelTest, ModifyReplacesTheRowAndKeepsItsNodeData) {
 }
 
 TEST_F(GeometryModelTest, DirtyLayerBoundingBoxWritesTheUnionOfItsFeatures) {
+  const std::string layer = AddLayer();
   const std::string box = "SELECT min_x || ' ' || min_y || ' ' || max_x || ' ' || max_y FROM "
-                          "layer WHERE uuid = '" + layer_ + "'";
+                          "layer WHERE uuid = '" + layer + "'";
   // Without features: DBL_MAX written with 14 significant digits, inverted.
-  ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
+  ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer));
   EXPECT_EQ("1.7976931348623e+308 1.7976931348623e+308 -1.7976931348623e+308 "
             "-1.7976931348623e+308",
             Scalar(box));
-  AddFeature(layer_, 3, {Square(116.25, 39.5, 0.5, 10)});
-  AddFeature(layer_, 2, {Part({{117, 40, 0}, {118.125, 41, 0}})});
+  AddFeature(layer, 3, {Square(116.25, 39.5, 0.5, 10)});
+  AddFeature(layer, 2, {Part({{117, 40, 0}, {118.125, 41, 0}})});
   AddFeature(AddLayer(), 1, {Part({{-50, -50, 0}})});
-  ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer_));
+  ASSERT_TRUE(model_.DirtyLayerBoundingBox(layer));
   EXPECT_EQ("116.25 39.5 118.125 41.0", Scalar(box));
   // A layer that does not exist is updated nowhere, which is no failure.
   EXPECT_TRUE(model_.DirtyLayerBoundingBox("no such layer"));
 }
 
 TEST_F(GeometryModelTest, StoredGeometryReadsBackWithItsBoxAndQuotedUuidsAreRefused) {
+  const std::string layer = AddLayer();
   const std::vector<CGeometryData> points = {Part({{1, 2, 3}}), Part({{4, 5, 6}}),
                                              Part({{7, 8, 9}})};
-  const std::string uuid = AddFeature(layer_, GEOMETRY_DATA_TYPE_MULTIPOINT, points);
+  const std::string uuid = AddFeature(layer, GEOMETRY_DATA_TYPE_MULTIPOINT, points);
   const EXTENT box = model_.QueryBoundingBox(uuid);
   EXPECT_EQ((std::vector<double>{1, 2, 7, 8}),
             (std::vector<double>{box.min_x, box.min_y, box.max_x, box.max_y}));
