@@ -5,6 +5,8 @@
 
 #include <sqlite3.h>
 
+#include <map>
+
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "GeometryData.h"
@@ -25,27 +27,22 @@ using E_HANDLE_TYPE = IAnnotationDBObjectVisitor::E_HANDLE_TYPE;
 
 namespace {
 
-// Records the statements that reach SQLite on one connection.
+// Counts the statements that reach SQLite on one connection, by their text.
 class StatementTrace {
  public:
   explicit StatementTrace(sqlite3* db) : db_(db) {
-    sqlite3_trace_v2(db_, SQLITE_TRACE_STMT, &StatementTrace::OnStatement, this);
+    sqlite3_trace_v2(db_, SQLITE_TRACE_STMT, [](unsigned, void* self, void* stmt, void*) {
+      const char* sql = sqlite3_sql(static_cast<sqlite3_stmt*>(stmt));
+      ++static_cast<StatementTrace*>(self)->counts_[sql != nullptr ? sql : ""];
+      return 0;
+    }, this);
   }
   ~StatementTrace() { sqlite3_trace_v2(db_, 0, nullptr, nullptr); }
-  int Count(const std::string& sql) const {
-    int n = 0;
-    for (const std::string& s : statements_) n += (s == sql) ? 1 : 0;
-    return n;
-  }
+  int Count(const std::string& sql) { return counts_[sql]; }
 
  private:
-  static int OnStatement(unsigned, void* self, void* stmt, void*) {
-    const char* sql = sqlite3_sql(static_cast<sqlite3_stmt*>(stmt));
-    static_cast<StatementTrace*>(self)->statements_.push_back(sql != nullptr ? sql : "");
-    return 0;
-  }
   sqlite3* db_;
-  std::vector<std::string> statements_;
+  std::map<std::string, int> counts_;
 };
 
 class TreeTest : public CModelTest {
