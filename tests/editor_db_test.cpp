@@ -110,7 +110,7 @@ class EditorDBTest : public ::testing::Test {
 
 }  // namespace
 
-TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
+TEST(EditorDBFileTest, OpenReplacesAnOldFileBuildsFromTheFeatureAndCloseDeletesIt) {
   CCacheDirScope cache;
   const std::string path = cache.CacheFile("shape_kpt.db");
   ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
@@ -128,14 +128,30 @@ TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(db.Close());  // nothing open any more
 
-  // A name in the local code page lands on disk as UTF-8.
+  // A name in the local code page lands on disk as UTF-8; an empty part keeps its part number
+  // until the points are written back.
   const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
-  CAnnotationFeature single(GEOMETRY_DATA_TYPE_POINT);
-  single.AddPart(Part({{7, 7, 7}}));
-  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &single));
+  CAnnotationFeature gap(GEOMETRY_DATA_TYPE_MULTILINESTRING);
+  gap.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
+  gap.AddPart(CGeometryData());
+  gap.AddPart(Part({{3, 3, 0}}));
+  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &gap));
   const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile(utf8Name + "_kpt.db"));
-  ASSERT_EQ(1u, rows.size());
-  EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
+  ASSERT_EQ(3u, rows.size());
+  EXPECT_EQ(2, rows[2].part);
+  EXPECT_EQ(CVector3D(3, 3, 0), rows[2].point);
+  ASSERT_TRUE(db.CombineToData(&gap));
+  ASSERT_EQ(2, gap.GetPartCount());
+  EXPECT_EQ(Part({{3, 3, 0}}), gap.GetPart(1));
+  db.Close();
+
+  // No feature at all opens an empty database, which writes back no parts.
+  ASSERT_TRUE(db.Open("empty", nullptr));
+  EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
+  EXPECT_TRUE(db.CombineToData(&gap));
+  EXPECT_EQ(0, gap.GetPartCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, gap.GetGeometryType());
+  db.Close();
 }
 
 // The name check is shared with the name database; a path escape and a NUL stand for its list.
@@ -168,31 +184,6 @@ TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   EXPECT_FALSE(db.IsOpened());
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
   EXPECT_FALSE(FileExists(cache.CacheDir()));
-}
-
-TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumberUntilWrittenBack) {
-  CCacheDirScope cache;
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTILINESTRING);
-  feature.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
-  feature.AddPart(CGeometryData());
-  feature.AddPart(Part({{3, 3, 0}}));
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("gap", &feature));
-  const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile("gap_kpt.db"));
-  ASSERT_EQ(3u, rows.size());
-  EXPECT_EQ(2, rows[2].part);
-  ASSERT_TRUE(db.CombineToData(&feature));
-  ASSERT_EQ(2, feature.GetPartCount());
-  EXPECT_EQ(Part({{3, 3, 0}}), feature.GetPart(1));
-  db.Close();
-
-  // No feature at all opens an empty database, which writes back no parts.
-  ASSERT_TRUE(db.Open("empty", nullptr));
-  EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
-  EXPECT_TRUE(db.CombineToData(&feature));
-  EXPECT_EQ(0, feature.GetPartCount());
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, feature.GetGeometryType());
-  db.Close();
 }
 
 TEST_F(EditorDBTest, QueriesUseStrictBoxesLimitsAndTheLastRow) {
@@ -330,7 +321,6 @@ class NameDBTest : public ::testing::Test {
 
 }  // namespace
 
-// Either scratch database: copies share one connection that lives while any copy does.
 TEST(ScratchDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
   CCacheDirScope cache;
   CAnnotationFeature feature;
