@@ -227,7 +227,7 @@ class SpatialiteSql {
 
 }  // namespace
 
-TEST(GeometryBlobTest, PartsRoundTripByKindAsXyzWgs84) {
+TEST(GeometryBlobTest, PartsAndFeaturesRoundTripByKindAsXyzWgs84) {
   const Parts lines = {Part({{0, 0, 1}, {1, 1, 2}}), Part({{10, 10, 0}, {11, 12, -5}})};
   const Bytes blob = Write(lines, 5);
   auto geom = ParseSpatialiteBlob(blob.data(), static_cast<int>(blob.size()));
@@ -244,26 +244,24 @@ TEST(GeometryBlobTest, PartsRoundTripByKindAsXyzWgs84) {
   // the single kind, and the other way round.
   EXPECT_EQ(GAIA_POINTZ, ClassOf(Write({Part({{1, 2, 3}})}, 4)));
   EXPECT_EQ(GAIA_MULTIPOLYGONZ, ClassOf(Write({Square(0, 0, 1, 0), Square(5, 5, 1, 0)}, 3)));
-}
 
-TEST(GeometryBlobTest, FeatureConversionUsesItsKindSkipsEmptyPartsAndAppends) {
+  // A feature is written by its kind without its empty parts, and read back appended.
   CAnnotationFeature source(GEOMETRY_DATA_TYPE_MULTILINESTRING);
   source.AddPart(Part({{0, 0, 0}, {1, 1, 1}}));
   source.AddPart(Part({}));
   source.AddPart(Part({{2, 2, 2}, {3, 3, 3}}));
   int size = 0;
-  std::unique_ptr<unsigned char, void (*)(void*)> blob(ConvertFeatureToWkbGeom(size, &source),
-                                                       free);
-  ASSERT_NE(nullptr, blob.get());
-
+  std::unique_ptr<unsigned char, void (*)(void*)> written(
+      ConvertFeatureToWkbGeom(size, &source), free);
+  ASSERT_NE(nullptr, written.get());
   CAnnotationFeature target(GEOMETRY_DATA_TYPE_POINT);
   target.AddPart(Part({{9, 9, 9}}));
-  ASSERT_TRUE(ConvertWkbGeomToFeature(&target, blob.get(), size));
+  ASSERT_TRUE(ConvertWkbGeomToFeature(&target, written.get(), size));
   EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, target.GetGeometryType());
   ASSERT_EQ(3, target.GetPartCount());
   EXPECT_EQ(Part({{9, 9, 9}}), target.GetPart(0));
   EXPECT_EQ(source.GetPart(2), target.GetPart(2));
-  EXPECT_FALSE(ConvertWkbGeomToFeature(nullptr, blob.get(), size));
+  EXPECT_FALSE(ConvertWkbGeomToFeature(nullptr, written.get(), size));
 }
 
 TEST(GeometryBlobTest, NothingToStoreGivesNullAndSizeZero) {
