@@ -165,9 +165,7 @@ TEST_F(TreeTest, MixedChildrenOfALayerAndTheStaleLayerNeighbour) {
   EXPECT_EQ(x, model_.QueryFeatureOption(c).GetLeftUUID());
 }
 
-// A walk in sibling order, extent queries through the spatial index, and layer pages that overlap
-// by one.
-TEST_F(TreeTest, WalkExtentQueriesAndLayerPages) {
+TEST_F(TreeTest, WalkExtentQueriesAndLayerPagesOverlappingByOne) {
   const std::string layer = tree_.AddLayer(tree_.AddFolder(root_, "f"), "l");
   const char* geometries[][2] = {{"inside", "POINT Z(5 5 1)"},
                                  {"crossing", "LINESTRING Z(8 8 0, 12 12 0)"},

@@ -117,7 +117,6 @@ TEST(VariantTextCodecTest, TextsOfSimpleValuesAndRealsBitForBit) {
   EXPECT_TRUE(std::signbit(negativeNan.toDouble()));
 }
 
-// Unknown names and unreadable texts give an invalid value and one warning each.
 TEST(VariantTextCodecTest, InvalidUnsupportedAndUnreadable) {
   Encoded e{"x", "y"};
   EXPECT_TRUE(VariantToText(QVariant(), e.type, e.text));
