@@ -98,7 +98,6 @@ TEST_F(ImporterTest, ImportsGroupsFeaturesAndPerLayerData) {
 
   const std::string roadsUuid = Scalar("SELECT uuid FROM layer WHERE name = 'roads'");
   const std::string minorUuid = Scalar("SELECT uuid FROM layer WHERE name = 'minor'");
-  EXPECT_EQ(roadsUuid, model_.QueryLayerOption(minorUuid).GetParentUUID());
   EXPECT_TRUE(model_.QueryLayerOption(minorUuid).IsLayerParent());
   // Features: named from the field, geometry stored, one status and two property rows each.
   const std::string a1 = Scalar("SELECT uuid FROM shape WHERE name = 'A1'");
