@@ -196,29 +196,27 @@ using FieldsTest = EnclosureModelTest;
 
 }  // namespace
 
-// The update statement carries a comma before WHERE, so it fails at prepare.
-TEST_F(EnclosureModelTest, InsertWritesTheRowButNotTheIdAndUpdateFailsAtPrepare) {
-  const int id = Insert(Utf8ToLocal("现场照片"), Utf8ToLocal("D:/照片/1.jpg"), "");
-  EXPECT_EQ(feature_ + "|2|现场照片|D:/照片/1.jpg|",
+// An insert writes the row but leaves the record without its id; the update statement carries a
+// comma before WHERE, so it fails at prepare; a query reads the rows the index array lists.
+TEST_F(EnclosureModelTest, InsertUpdateAndQueryOfTheRowsOfTheIndexArray) {
+  const int path = Insert(Utf8ToLocal("说明"), Utf8ToLocal("D:/文件.doc"), "",
+                          ENCLOSURE_TYPE_DOCUMENT);
+  EXPECT_EQ(feature_ + "|5|说明|D:/文件.doc|",
             Scalar("SELECT puuid || '|' || type || '|' || description || '|' || local_path || "
-                   "'|' || url FROM shape_enclosure WHERE id = " + std::to_string(id)));
+                   "'|' || url FROM shape_enclosure WHERE id = " + std::to_string(path)));
   CEnclosureOption zero(0, ENCLOSURE_TYPE_FILE);
   ASSERT_TRUE(model_.ModifyOrInsertEnclosure(zero));  // id 0 is no row yet: inserted
   EXPECT_EQ("2", Scalar("SELECT COUNT(*) FROM shape_enclosure"));
-  CEnclosureOption stored(id, ENCLOSURE_TYPE_VIDEO);
+  CEnclosureOption stored(path, ENCLOSURE_TYPE_VIDEO);
   stored.SetDescription("after");
   const int mask = stored.GetChangeMask();
-  CZuLogCapture capture;
+  CZuLogCapture update;
   EXPECT_FALSE(model_.ModifyOrInsertEnclosure(stored));
-  ASSERT_EQ(1u, capture.Lines().size());
-  EXPECT_EQ(0u, capture.Lines()[0].find("[ModifyOrInsertEnclosure]:"));
-  EXPECT_NE(std::string::npos, capture.Lines()[0].find("syntax error"));
+  ASSERT_EQ(1u, update.Lines().size());
+  EXPECT_EQ(0u, update.Lines()[0].find("[ModifyOrInsertEnclosure]:"));
+  EXPECT_NE(std::string::npos, update.Lines()[0].find("syntax error"));
   EXPECT_EQ(mask, stored.GetChangeMask());
-}
 
-TEST_F(EnclosureModelTest, QueryReadsTheRowsOfTheIndexArray) {
-  const int path = Insert(Utf8ToLocal("说明"), Utf8ToLocal("D:/文件.doc"), "",
-                          ENCLOSURE_TYPE_DOCUMENT);
   const int url = Insert("web", "", "http://example.com/a.png");
   const int both = Insert("both", "", "http://example.com/b.mp4", ENCLOSURE_TYPE_VIDEO);
   ASSERT_TRUE(Exec("UPDATE shape_enclosure SET local_path = 'E:/b.mp4' WHERE id = " +

@@ -260,7 +260,7 @@ TEST_F(TreeTest, QueryOptionEdgeCases) {
   EXPECT_EQ(root_, model_.GetTopRootUUID());
 }
 
-TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
+TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnlyKeepingFailedBits) {
   const std::string folder = tree_.AddFolder(root_, "f");
   CLayerOption option;
   option.SetParentUUID(folder, false);
@@ -290,14 +290,13 @@ TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnly) {
   capture.Clear();
   ASSERT_TRUE(model_.ModifyLayerOption(read));
   EXPECT_EQ(1u, capture.Lines().size());
-}
 
-TEST_F(TreeTest, StatusChangeWithoutIndexKeepsItsBit) {
-  CFolderOption option(tree_.AddFolder(root_, "f"));
-  option.ChangeMask(4);
-  CZuLogCapture capture;
-  EXPECT_TRUE(model_.ModifyFolderOption(option));
-  EXPECT_EQ(CHANGE_MASK_STATUS, option.GetChangeMask());
+  // A status change of a record without index array keeps its bit.
+  capture.Clear();
+  CFolderOption status(folder);
+  status.ChangeMask(4);
+  EXPECT_TRUE(model_.ModifyFolderOption(status));
+  EXPECT_EQ(CHANGE_MASK_STATUS, status.GetChangeMask());
   EXPECT_EQ(1, capture.Count("[CSpatialiteDBDataModel::ModifyFolderStatus] " +
                              Utf8ToLocal("index_id为空")));
   CFeatureOption feature("x");
