@@ -130,7 +130,6 @@ TEST_F(StyleModelTest, LayerFallbackAndOneRowPerOwner) {
   EXPECT_EQ("0 1", StyleRows(feature));
   EXPECT_EQ("9 0", Scalar(row));
   EXPECT_EQ("#040506", QueriedPen(model_, feature, false));
-  // Nothing to write: nothing written.
   CFeatureStyleSet empty;
   CZuLogCapture capture;
   EXPECT_FALSE(model_.ModifyOrInsertStyle(layer, &empty, 3));

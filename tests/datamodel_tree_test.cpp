@@ -131,7 +131,6 @@ TEST_F(TreeTest, SiblingListsAndDeletingTheMiddleFolderLinksItsNeighboursAtTheCo
                             "COUNT(*) FROM layer) || ' ' || (SELECT COUNT(*) FROM shape)"));
   EXPECT_FALSE(model_.DeleteFolder(q));  // already gone
 
-  // The delete is done at the commit, and the cache is refreshed after it.
   ASSERT_TRUE(Exec("CREATE TRIGGER keep BEFORE DELETE ON folder BEGIN SELECT RAISE(ABORT, 'no');"
                    " END"));
   ASSERT_TRUE(model_.GetNodeCacheCalculator()->WaitForFinished(10000));
@@ -152,7 +151,6 @@ TEST_F(TreeTest, MixedChildrenOfALayerAndTheStaleLayerNeighbour) {
   const std::string b = tree_.AddFeature(parent, "B");
   const std::string c = tree_.AddFeature(parent, "C");
   EXPECT_TRUE(model_.QueryFeatureOption(b).IsLeftLayer());
-  // Deleting a feature removes its rows and links its neighbours.
   ASSERT_TRUE(model_.DeleteFeature(b));
   EXPECT_EQ(c, model_.QueryLayerOption(x).GetRightUUID());
   EXPECT_EQ("2 2 2", Scalar("SELECT (SELECT COUNT(*) FROM shape) || ' ' || (SELECT COUNT(*) FROM "

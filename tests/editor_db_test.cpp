@@ -433,7 +433,6 @@ TEST_F(NameDBTest, RowsRoundTripThroughUtf8AreReplacedAndDeletedAndQuotedUuidsAr
   EXPECT_FALSE(db_.InsertName(Record("u1", 5, 5)));  // a duplicate
   EXPECT_FALSE(db_.InsertName(Record("it's", 3, 3)));
   EXPECT_EQ(2, capture.Count("[InsertName]:"));
-  // Uuids with a quote are refused.
   const std::string injected = "x' OR '1'='1";
   EXPECT_FALSE(db_.ModifyName(Record(injected, 3, 3)));
   EXPECT_EQ(1, capture.Count("[DeleteName]:"));
