@@ -198,7 +198,7 @@ TEST_F(TreeTest, WalkExtentQueriesAndLayerPagesOverlappingByOne) {
   EXPECT_EQ((std::vector<std::string>{"S:crossing", "S:outside"}), second.seen);
 }
 
-TEST_F(TreeTest, KindsTypesAncestorsAndSqlWalk) {
+TEST_F(TreeTest, KindsTypesAncestorsSqlWalkAndOptionsOfOddRows) {
   const std::string folder = tree_.AddFolder(root_, "f");
   const std::string layer = tree_.AddLayer(folder, "l", LAYER_TYPE_GIS_POINT);
   const std::string feature = tree_.AddFeature(layer, "s");
@@ -221,6 +221,19 @@ TEST_F(TreeTest, KindsTypesAncestorsAndSqlWalk) {
   CZuLogCapture capture;
   EXPECT_FALSE(model_.TravelViaSQL(&visitor, NODE_KIND_LAYER, "no_such_column = 1"));
   EXPECT_EQ(1, capture.Count("[TravelViaSQL]:"));
+
+  const CFolderOption unknown = model_.QueryFolderOption("unknown");
+  EXPECT_EQ("unknown", unknown.GetUUID());
+  EXPECT_EQ(-1, unknown.GetOrderNum());
+  EXPECT_EQ(FOLDER_TYPE_UNKNOWN, unknown.GetType());
+  // A layer row with both parent columns filled is a child of the layer column.
+  ASSERT_TRUE(Exec("INSERT INTO layer(uuid, folder_puuid, layer_puuid) VALUES('both', 'F', 'L')"));
+  const CLayerOption both = model_.QueryLayerOption("both");
+  EXPECT_EQ("L", both.GetParentUUID());
+  EXPECT_TRUE(both.IsLayerParent());
+  // GetTopRootUUID ignores a top-level row with an empty uuid.
+  ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('', '')"));
+  EXPECT_EQ(root_, model_.GetTopRootUUID());
 }
 
 TEST_F(TreeTest, VisibilityFollowsTheCheckState) {
@@ -241,21 +254,6 @@ TEST_F(TreeTest, VisibilityFollowsTheCheckState) {
   const CNodeAttribute attribute = model_.QueryNodeAttribute(layer);
   EXPECT_TRUE(attribute.IsVisible());
   EXPECT_EQ(0, attribute.GetMaxLevel());
-}
-
-TEST_F(TreeTest, QueryOptionEdgeCases) {
-  const CFolderOption unknown = model_.QueryFolderOption("unknown");
-  EXPECT_EQ("unknown", unknown.GetUUID());
-  EXPECT_EQ(-1, unknown.GetOrderNum());
-  EXPECT_EQ(FOLDER_TYPE_UNKNOWN, unknown.GetType());
-  // A layer row with both parent columns filled is a child of the layer column.
-  ASSERT_TRUE(Exec("INSERT INTO layer(uuid, folder_puuid, layer_puuid) VALUES('both', 'F', 'L')"));
-  const CLayerOption both = model_.QueryLayerOption("both");
-  EXPECT_EQ("L", both.GetParentUUID());
-  EXPECT_TRUE(both.IsLayerParent());
-  // GetTopRootUUID ignores a top-level row with an empty uuid.
-  ASSERT_TRUE(Exec("INSERT INTO folder(uuid, puuid) VALUES('', '')"));
-  EXPECT_EQ(root_, model_.GetTopRootUUID());
 }
 
 TEST_F(TreeTest, LayerInsertReadsBackAndModifyWritesMarkedGroupsOnlyKeepingFailedBits) {
