@@ -69,19 +69,27 @@ std::vector<KeyPointRow> ReadRows(const std::string& path, const char* sql = nul
   return rows;
 }
 
-// Collects what a traversal visits and stops after `stopAfter` points (never when 0).
-class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor {
+// Collects what a traversal of either database visits and stops after `stopAfter` visits (never
+// when 0).
+class CCollectingVisitor : public CSpatialiteEditorDB::IKeyPointVisitor,
+                           public CSpatialiteNameDB::INameVisitor {
  public:
   explicit CCollectingVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
   bool VisitKeyPoint(int id, const CVector3D& point) override {
     ids.push_back(id);
     points.push_back(point);
-    return stopAfter_ > 0 && static_cast<int>(ids.size()) >= stopAfter_;
+    return Stop(ids.size());
+  }
+  bool VisitName(const CNameRecorder& record) override {
+    records.push_back(record);
+    return Stop(records.size());
   }
   std::vector<int> ids;
   std::vector<CVector3D> points;
+  std::vector<CNameRecorder> records;
 
  private:
+  bool Stop(size_t n) const { return stopAfter_ > 0 && static_cast<int>(n) >= stopAfter_; }
   int stopAfter_;
 };
 
@@ -102,7 +110,7 @@ class EditorDBTest : public ::testing::Test {
 
 }  // namespace
 
-TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
+TEST(EditorDBFileTest, OpenReplacesAnOldFileBuildsFromTheFeatureAndCloseDeletesIt) {
   CCacheDirScope cache;
   const std::string path = cache.CacheFile("shape_kpt.db");
   ASSERT_TRUE(WriteFileBytes(path, std::string(2048, 'x')));  // not a database at all
@@ -120,35 +128,30 @@ TEST(EditorDBFileTest, OpenReplacesAnOldFileCreatesTheTableAndCloseDeletesIt) {
   EXPECT_FALSE(FileExists(path));
   EXPECT_TRUE(db.Close());  // nothing open any more
 
-  // A name in the local code page lands on disk as UTF-8.
+  // A name in the local code page lands on disk as UTF-8; an empty part keeps its part number
+  // until the points are written back.
   const std::string utf8Name = "\xe7\xbc\x96\xe8\xbe\x91";  // "编辑"
-  CAnnotationFeature single(GEOMETRY_DATA_TYPE_POINT);
-  single.AddPart(Part({{7, 7, 7}}));
-  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &single));
+  CAnnotationFeature gap(GEOMETRY_DATA_TYPE_MULTILINESTRING);
+  gap.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
+  gap.AddPart(CGeometryData());
+  gap.AddPart(Part({{3, 3, 0}}));
+  ASSERT_TRUE(db.Open(Utf8ToLocal(utf8Name), &gap));
   const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile(utf8Name + "_kpt.db"));
-  ASSERT_EQ(1u, rows.size());
-  EXPECT_EQ(CVector3D(7, 7, 7), rows[0].point);
-}
+  ASSERT_EQ(3u, rows.size());
+  EXPECT_EQ(2, rows[2].part);
+  EXPECT_EQ(CVector3D(3, 3, 0), rows[2].point);
+  ASSERT_TRUE(db.CombineToData(&gap));
+  ASSERT_EQ(2, gap.GetPartCount());
+  EXPECT_EQ(Part({{3, 3, 0}}), gap.GetPart(1));
+  db.Close();
 
-TEST(EditorDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
-  CCacheDirScope cache;
-  CAnnotationFeature feature;
-  FillThreeParts(feature);
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("shared", &feature));
-  auto copy = std::make_unique<CSpatialiteEditorDB>(db);
-  CSpatialiteEditorDB assigned;
-  assigned = *copy;
-  assigned = assigned;
-  ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
-  copy.reset();  // the others keep the connection and its cached statements
-  EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
-  ASSERT_TRUE(db.Close());  // closes it for every handle
-  EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
-  // A closed database refuses without a log line.
-  CZuLogCapture capture;
-  EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
-  EXPECT_TRUE(capture.Lines().empty());
+  // No feature at all opens an empty database, which writes back no parts.
+  ASSERT_TRUE(db.Open("empty", nullptr));
+  EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
+  EXPECT_TRUE(db.CombineToData(&gap));
+  EXPECT_EQ(0, gap.GetPartCount());
+  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, gap.GetGeometryType());
+  db.Close();
 }
 
 // The name check is shared with the name database; a path escape and a NUL stand for its list.
@@ -181,31 +184,6 @@ TEST(EditorDBFileTest, RefusedNamesAndUnusablePathsTouchNoFile) {
   EXPECT_FALSE(db.IsOpened());
   EXPECT_EQ(1, capture.Count("[CSpatialiteHandler] OpenByCreate Error! "));
   EXPECT_FALSE(FileExists(cache.CacheDir()));
-}
-
-TEST(EditorDBBuildTest, EmptyPartsKeepTheirPartNumberUntilWrittenBack) {
-  CCacheDirScope cache;
-  CAnnotationFeature feature(GEOMETRY_DATA_TYPE_MULTILINESTRING);
-  feature.AddPart(Part({{1, 1, 0}, {2, 2, 0}}));
-  feature.AddPart(CGeometryData());
-  feature.AddPart(Part({{3, 3, 0}}));
-  CSpatialiteEditorDB db;
-  ASSERT_TRUE(db.Open("gap", &feature));
-  const std::vector<KeyPointRow> rows = ReadRows(cache.CacheFile("gap_kpt.db"));
-  ASSERT_EQ(3u, rows.size());
-  EXPECT_EQ(2, rows[2].part);
-  ASSERT_TRUE(db.CombineToData(&feature));
-  ASSERT_EQ(2, feature.GetPartCount());
-  EXPECT_EQ(Part({{3, 3, 0}}), feature.GetPart(1));
-  db.Close();
-
-  // No feature at all opens an empty database, which writes back no parts.
-  ASSERT_TRUE(db.Open("empty", nullptr));
-  EXPECT_TRUE(ReadRows(cache.CacheFile("empty_kpt.db")).empty());
-  EXPECT_TRUE(db.CombineToData(&feature));
-  EXPECT_EQ(0, feature.GetPartCount());
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTILINESTRING, feature.GetGeometryType());
-  db.Close();
 }
 
 TEST_F(EditorDBTest, QueriesUseStrictBoxesLimitsAndTheLastRow) {
@@ -299,7 +277,6 @@ TEST_F(EditorDBTest, FullEditingSession) {
   EXPECT_EQ(Part({{0, 0, 1}, {5, 0, 1}, {10, 0, 1}, {10, 10, 1}, {0, 10, 1}}), feature_.GetPart(0));
   EXPECT_EQ(Part({{20, 20, 2}, {30, 30, 2}}), feature_.GetPart(1));
   EXPECT_EQ(Part({{45, 45, 3}, {50, 40, 3}, {60, 40, 3}}), feature_.GetPart(2));
-  EXPECT_EQ(GEOMETRY_DATA_TYPE_MULTIPOLYGON, feature_.GetGeometryType());
 
   // A part left without points disappears and the later parts close up; the target's own parts
   // are replaced.
@@ -331,19 +308,6 @@ int CommittedRows(const std::string& path) {
   return count.empty() ? -1 : std::stoi(count);
 }
 
-class CCollectingNameVisitor : public CSpatialiteNameDB::INameVisitor {
- public:
-  explicit CCollectingNameVisitor(int stopAfter = 0) : stopAfter_(stopAfter) {}
-  bool VisitName(const CNameRecorder& record) override {
-    records.push_back(record);
-    return stopAfter_ > 0 && static_cast<int>(records.size()) >= stopAfter_;
-  }
-  std::vector<CNameRecorder> records;
-
- private:
-  int stopAfter_;
-};
-
 class NameDBTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(db_.Open("labels")); }
@@ -357,18 +321,40 @@ class NameDBTest : public ::testing::Test {
 
 }  // namespace
 
-TEST(NameRecorderTest, ConvertToStyleReadsTheStyleJson) {
-  CNameRecorder record;
-  record.style = "{\"label\":{\"f\":\"SimHei\"}}";
-  CFeatureStyleSet styles;
-  ASSERT_TRUE(record.ConvertToStyle(&styles));
-  ASSERT_EQ(1, styles.GetCount());
-  EXPECT_EQ("SimHei", dynamic_cast<const CFeatureLabelStyle&>(*styles.At(0)).GetFontName());
-  EXPECT_FALSE(record.ConvertToStyle(nullptr));
-  record.style = "not json";
-  CFeatureStyleSet untouched;
-  EXPECT_FALSE(record.ConvertToStyle(&untouched));
-  EXPECT_TRUE(untouched.IsEmpty());
+TEST(ScratchDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
+  CCacheDirScope cache;
+  CAnnotationFeature feature;
+  FillThreeParts(feature);
+  CSpatialiteEditorDB db;
+  ASSERT_TRUE(db.Open("shared", &feature));
+  auto copy = std::make_unique<CSpatialiteEditorDB>(db);
+  CSpatialiteEditorDB assigned;
+  assigned = *copy;
+  assigned = assigned;
+  ASSERT_EQ(10, copy->InsertKeyPoint(9, CVector3D(60, 40, 3)));
+  copy.reset();  // the others keep the connection and its cached statements
+  EXPECT_EQ(11, assigned.InsertKeyPoint(10, CVector3D(70, 40, 3)));
+  ASSERT_TRUE(db.Close());  // closes it for every handle
+  EXPECT_FALSE(FileExists(cache.CacheFile("shared_kpt.db")));
+  // A closed database refuses without a log line.
+  CZuLogCapture capture;
+  EXPECT_EQ(-1, assigned.InsertKeyPoint(1, CVector3D()));
+  EXPECT_TRUE(capture.Lines().empty());
+
+  const std::string path = cache.CacheFile("name_cluster_shared.db");
+  CSpatialiteNameDB names;
+  ASSERT_TRUE(names.Open("shared"));
+  auto nameCopy = std::make_unique<CSpatialiteNameDB>(names);
+  CSpatialiteNameDB nameAssigned;
+  nameAssigned = *nameCopy;
+  nameAssigned = nameAssigned;
+  ASSERT_TRUE(nameCopy->InsertName(Record("u1", 1, 1)));
+  EXPECT_TRUE(names.IsExistName("u1"));  // one connection, one transaction
+  nameCopy.reset();
+  ASSERT_TRUE(nameAssigned.InsertName(Record("u2", 2, 2)));
+  ASSERT_TRUE(names.Close());  // commits and closes for every handle
+  EXPECT_EQ(2, CommittedRows(path));
+  EXPECT_FALSE(nameAssigned.DeleteAll());  // closed
 }
 
 TEST(NameDBFileTest, OpenRecreatesTheFileAndOnlyCloseCommits) {
@@ -414,24 +400,6 @@ TEST(NameDBFileDeathTest, ProcessEndingWithoutCloseLeavesAnEmptyTable) {
   EXPECT_EQ(0, CommittedRows(path));
 }
 
-TEST(NameDBFileTest, CopiesShareOneConnectionThatLivesWhileAnyCopyDoes) {
-  CCacheDirScope cache;
-  const std::string path = cache.CacheFile("name_cluster_shared.db");
-  CSpatialiteNameDB db;
-  ASSERT_TRUE(db.Open("shared"));
-  auto copy = std::make_unique<CSpatialiteNameDB>(db);
-  CSpatialiteNameDB assigned;
-  assigned = *copy;
-  assigned = assigned;
-  ASSERT_TRUE(copy->InsertName(Record("u1", 1, 1)));
-  EXPECT_TRUE(db.IsExistName("u1"));  // one connection, one transaction
-  copy.reset();
-  ASSERT_TRUE(assigned.InsertName(Record("u2", 2, 2)));
-  ASSERT_TRUE(db.Close());  // commits and closes for every handle
-  EXPECT_EQ(2, CommittedRows(path));
-  EXPECT_FALSE(assigned.DeleteAll());  // closed
-}
-
 // The name check is the editor database's (above); a missing cache directory fails here too.
 TEST(NameDBFileTest, RefusedNamesAndAMissingCacheDirectoryTouchNoFile) {
   CCacheDirScope cache;
@@ -450,7 +418,7 @@ TEST(NameDBFileTest, RefusedNamesAndAMissingCacheDirectoryTouchNoFile) {
   EXPECT_FALSE(FileExists(cache.CacheDir()));
 }
 
-TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
+TEST_F(NameDBTest, RowsRoundTripThroughUtf8AreReplacedAndDeletedAndQuotedUuidsAreRefused) {
   CNameRecorder record = Record("u1", 116.25, 39.5, 48.75);
   record.name = Utf8ToLocal("\xe5\x8c\x97\xe4\xba\xac");  // "北京"
   ASSERT_TRUE(db_.InsertName(record));
@@ -463,14 +431,19 @@ TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
   EXPECT_FALSE(db_.IsExistName("nobody"));
   CZuLogCapture capture;
   EXPECT_FALSE(db_.InsertName(Record("u1", 5, 5)));  // a duplicate
-  EXPECT_EQ(1, capture.Count("[InsertName]:"));
+  EXPECT_FALSE(db_.InsertName(Record("it's", 3, 3)));
+  EXPECT_EQ(2, capture.Count("[InsertName]:"));
+  const std::string injected = "x' OR '1'='1";
+  EXPECT_FALSE(db_.ModifyName(Record(injected, 3, 3)));
+  EXPECT_EQ(1, capture.Count("[DeleteName]:"));
+  EXPECT_FALSE(db_.IsExistName(injected));
+  EXPECT_EQ(1, capture.Count("[IsExistNode-Feature]:"));
+  EXPECT_EQ(CNameRecorder(), db_.QueryNameRecorder(injected));
+  EXPECT_EQ(1, capture.Count("[QueryNameRecorder]:"));
 
   CNameRecorder changed = Record("u1", 7, 8, 9);
   ASSERT_TRUE(db_.ModifyName(changed));
   EXPECT_EQ(changed, db_.QueryNameRecorder("u1"));
-  CCollectingNameVisitor visitor;
-  db_.TravelViaExtent(EXTENT{0, 0, 1.5, 1.5}, 0, visitor);  // the index follows the move
-  EXPECT_TRUE(visitor.records.empty());
   ASSERT_TRUE(db_.ModifyName(Record("fresh", 3, 3)));
   EXPECT_TRUE(db_.IsExistName("fresh"));
   EXPECT_TRUE(db_.DeleteName("u2"));
@@ -481,21 +454,9 @@ TEST_F(NameDBTest, RowsRoundTripThroughUtf8AndAreReplacedAndDeleted) {
   ASSERT_TRUE(db_.InsertName(record));
   db_.Close();
   EXPECT_EQ("\xe5\x8c\x97\xe4\xba\xac", QueryScalar(Path(), "SELECT name FROM name"));
-}
-
-TEST_F(NameDBTest, UuidsWithAQuoteAreRefused) {
-  ASSERT_TRUE(db_.InsertName(Record("u1", 1, 1)));
-  const std::string injected = "x' OR '1'='1";
-  CZuLogCapture capture;
-  EXPECT_FALSE(db_.ModifyName(Record(injected, 3, 3)));
-  EXPECT_EQ(1, capture.Count("[DeleteName]:"));
-  EXPECT_FALSE(db_.IsExistName(injected));
-  EXPECT_EQ(1, capture.Count("[IsExistNode-Feature]:"));
-  EXPECT_EQ(CNameRecorder(), db_.QueryNameRecorder(injected));
-  EXPECT_EQ(1, capture.Count("[QueryNameRecorder]:"));
-  EXPECT_FALSE(db_.InsertName(Record("it's", 3, 3)));
-  EXPECT_EQ(1, capture.Count("[InsertName]:"));
-  EXPECT_TRUE(db_.IsExistName("u1"));
+  CFeatureStyleSet styles;  // the record's style is the style JSON
+  ASSERT_TRUE(record.ConvertToStyle(&styles));
+  EXPECT_EQ("Arial", dynamic_cast<const CFeatureLabelStyle&>(*styles.At(0)).GetFontName());
 }
 
 // SpatiaLite 5.0's WKT reader takes the ring without its closing corner, so the traversal runs as
@@ -505,7 +466,7 @@ TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadEx
   ASSERT_TRUE(db_.InsertName(Record("in2", 2, 3)));
   ASSERT_TRUE(db_.InsertName(Record("out", 20, 20)));
   ASSERT_TRUE(db_.InsertName(Record("edge", 4, 2)));  // on the extent's right edge
-  CCollectingNameVisitor visitor;
+  CCollectingVisitor visitor;
   db_.TravelViaExtent(EXTENT{0, 0, 4, 4}, 0, visitor);
   ASSERT_EQ(2u, visitor.records.size());
   EXPECT_EQ("in2", visitor.records[1].uuid);
@@ -514,11 +475,11 @@ TEST_F(NameDBTest, TravelVisitsOverlappingLabelsHonoursLimitAndStopAndLogsABadEx
   expected.uuid = "in1";
   expected.position = CVector3D(1, 1, 5);
   EXPECT_EQ(expected, visitor.records[0]);
-  CCollectingNameVisitor limited(2);
+  CCollectingVisitor limited(2);
   db_.TravelViaExtent(EXTENT{-1, -1, 30, 30}, 3, limited);
   EXPECT_EQ(2u, limited.records.size());
   CZuLogCapture capture;
-  CCollectingNameVisitor none;
+  CCollectingVisitor none;
   db_.TravelViaExtent(EXTENT{std::numeric_limits<double>::quiet_NaN(), 0, 4, 4}, 0, none);
   EXPECT_TRUE(none.records.empty());
   EXPECT_EQ(1, capture.Count("[CSpatialiteNameDB::TravelViaExtent]:"));

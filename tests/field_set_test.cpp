@@ -176,7 +176,6 @@ TEST(FieldSetTest, ConcurrentWritersLoseNothing) {
   EXPECT_EQ(QVariant(299), set.GetFieldValue("3:299"));
 }
 
-// The model's header list round trip is in datamodel_styles_test; here the malformed entries.
 TEST(LayerHeaderListTest, SkipsMalformedAndRemovedEntries) {
   CZuFieldSetObject set;
   CZuLogCapture capture;

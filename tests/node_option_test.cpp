@@ -185,11 +185,8 @@ TEST(IndexArrayTest, ReadsWellFormedAndMalformedTexts) {
   };
   for (const auto& c : cases) EXPECT_EQ(c.ids, ParseIndexArray(c.text, c.tag)) << c.text;
 
-  const int64_t big = std::numeric_limits<int64_t>::max();
-  const int64_t small = std::numeric_limits<int64_t>::min();
-  const std::string text = IndexArrayPart('u', {big, small, 0});
-  EXPECT_EQ("u:9223372036854775807,-9223372036854775808,0", text);
-  EXPECT_EQ((Ids{big, small, 0}), ParseIndexArray(text, 'u'));
+  const Ids limits = {std::numeric_limits<int64_t>::max(), std::numeric_limits<int64_t>::min()};
+  EXPECT_EQ(limits, ParseIndexArray(IndexArrayPart('u', limits), 'u'));
 }
 
 TEST(IndexArrayTest, BuildingPartsAndVeryLongTexts) {

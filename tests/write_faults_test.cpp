@@ -3,8 +3,6 @@
 // check afterwards and keep the data committed before it.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "AnnotationFeature.h"
 #include "AnnotationGroup.h"
 #include "CacheDirScope.h"
@@ -27,26 +25,25 @@ namespace {
 
 // One database, built once: a layer "keep" that no operation touches and a layer "work" that the
 // operations import into, delete, copy and renumber.
-class Template {
- public:
+struct Template {
   Template() {
     CSpatialiteDBDataModel model;
-    model.Install(db_.Path());
+    model.Install(db.Path());
     model.GetNodeCacheCalculator()->WaitForFinished(-1);
     CTreeBuilder tree(&model);
-    folder_ = tree.AddFolder(db_.RootUUID(), "f");
-    Import(model, folder_, "keep", 30);
-    Import(model, folder_, "work", 120);
+    folder = tree.AddFolder(db.RootUUID(), "f");
+    Import(model, folder, "keep", 30);
+    Import(model, folder, "work", 120);
     ExecSql(model.GetConnection(), "UPDATE shape_order SET order_num = -1", "");
-    work_ = QueryScalar(db_.Path(), "SELECT uuid FROM layer WHERE name = 'work'");
+    work = QueryScalar(db.Path(), "SELECT uuid FROM layer WHERE name = 'work'");
     model.Uninstall();
-    bytes_ = ReadFileBytes(db_.Path());
+    bytes = ReadFileBytes(db.Path());
   }
-  // `count` points in a new layer `name` below `folder`, in one import.
-  static void Import(CSpatialiteDBDataModel& model, const std::string& folder,
+  // `count` points in a new layer `name` below `parent`, in one import.
+  static void Import(CSpatialiteDBDataModel& model, const std::string& parent,
                      const std::string& name, int count) {
     CAnnotationGroup group(name);
-    CFeatureBatchImporter importer(&model, folder);
+    CFeatureBatchImporter importer(&model, parent);
     if (!importer.BeginImport()) return;
     importer.InsertLayer(&group, LAYER_TYPE_ANNOTATION);
     for (int i = 0; i < count; ++i) {
@@ -60,38 +57,33 @@ class Template {
     }
     importer.EndImport();
   }
-  const std::string& Bytes() const { return bytes_; }
-  const std::string& Folder() const { return folder_; }
-  const std::string& Work() const { return work_; }
-
- private:
-  CTestDatabase db_;
-  std::string folder_, work_, bytes_;
+  CTestDatabase db;
+  std::string folder, work, bytes;
 };
 
 using Operation = void (*)(CSpatialiteDBDataModel&, const Template&);
 
 void ImportMore(CSpatialiteDBDataModel& model, const Template& t) {
-  Template::Import(model, t.Folder(), "more", 80);
+  Template::Import(model, t.folder, "more", 80);
 }
 
 void DeleteWork(CSpatialiteDBDataModel& model, const Template& t) {
   CLayerBatchDeleter deleter(&model);
   deleter.BeginDelete(false, nullptr);
-  deleter.BatchDeleteLayer(t.Work());
+  deleter.BatchDeleteLayer(t.work);
   deleter.EndDelete();
 }
 
 void CopyWork(CSpatialiteDBDataModel& model, const Template& t) {
   CLayerBatchCopier copier(&model);
   if (!copier.BeginCopy(nullptr)) return;
-  copier.CopyNode(t.Work(), t.Folder());
+  copier.CopyNode(t.work, t.folder);
   copier.EndCopy();
 }
 
 void RebuildWork(CSpatialiteDBDataModel& model, const Template& t) {
   CNodeOrderRebuilder rebuilder(&model);
-  rebuilder.RebuildNodeOrderNum(t.Folder(), true, nullptr);
+  rebuilder.RebuildNodeOrderNum(t.folder, true, nullptr);
 }
 
 class WriteFaultTest : public ::testing::TestWithParam<std::pair<const char*, Operation>> {
@@ -119,7 +111,7 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
   // Runs the operation on a fresh copy with writes failing after `allowed` of them (none when
   // negative) and returns how many writes it made.
   auto run = [&](int allowed) {
-    EXPECT_TRUE(WriteFileBytes(path, shared_->Bytes()));
+    EXPECT_TRUE(WriteFileBytes(path, shared_->bytes));
     CFaultVfs vfs;
     CSpatialiteDBDataModel model;
     EXPECT_TRUE(model.Install(path));
@@ -136,8 +128,7 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
   ASSERT_GT(total, 0);
   // Then the writes failing from each step on (at most 25 steps, spread evenly).
   const int stride = std::max(1, total / 25);
-  int injected = 0;
-  for (int allowed = 0; allowed < total; allowed += stride, ++injected) {
+  for (int allowed = 0; allowed < total; allowed += stride) {
     run(allowed);
     // Opening read-write rolls back a journal left by the failure.
     CSpatialiteDBDataModel reopened;
@@ -147,9 +138,6 @@ TEST_P(WriteFaultTest, EveryWriteStepFailingLeavesASoundFile) {
     EXPECT_EQ("ok", QueryScalar(path, "PRAGMA integrity_check")) << "writes allowed: " << allowed;
     EXPECT_EQ("30", QueryScalar(path, keep)) << "writes allowed: " << allowed;
   }
-  std::printf("[ write faults ] %s: %d faults injected across its %d writes, %d writes apart (I/O "
-              "error and full disk by turns)\n",
-              GetParam().first, injected, total, stride);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -167,8 +155,7 @@ TEST(EditorWriteFaultTest, FailingWritesNeverCrashTheEditor) {
   for (int i = 0; i < 50; ++i) part.PushBack(CVector3D(i, i, 0));
   feature.AddPart(part);
   CZuLogCapture quiet;
-  int injected = 0;
-  for (int allowed = 0; allowed < 60; allowed += 3, ++injected) {
+  for (int allowed = 0; allowed < 60; allowed += 3) {
     CFaultVfs vfs;
     vfs.FailAfter(allowed, allowed % 2 == 1);
     CSpatialiteEditorDB editor;
@@ -182,7 +169,6 @@ TEST(EditorWriteFaultTest, FailingWritesNeverCrashTheEditor) {
     }
     vfs.FailAfter(-1, false);
   }
-  std::printf("[ write faults ] editor: %d faults injected\n", injected);
   // With writes allowed again the editor works as before.
   CFaultVfs vfs;
   CSpatialiteEditorDB editor;
