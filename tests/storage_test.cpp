@@ -21,6 +21,7 @@
 #include "SqlStatement.h"
 #include "TempDir.h"
 #include "TestDatabase.h"
+#include "TextConversion.h"
 #include "ZuLog.h"
 
 using namespace AnnotationLayerInner;
@@ -93,6 +94,10 @@ TEST(SpatialiteHandlerTest, OpeningMetadataAndTransactions) {
 TEST(SpatialiteHandlerTest, GeometryColumnsAndStatementHelpers) {
   EXPECT_EQ("", CSpatialiteHandler::ColumnText(nullptr, true));
   EXPECT_EQ("\xd7\xa2", CSpatialiteHandler::ColumnText("\xe6\xb3\xa8", true));
+  // A lone lead byte, bytes that are not UTF-8, characters outside code page 936: never cut.
+  EXPECT_EQ("a", LocalToUtf8("a\x81").substr(0, 1));
+  EXPECT_NE(std::string::npos, Utf8ToLocal("\xff\xfe x").find(" x"));
+  EXPECT_EQ("?", Utf8ToLocal("\xf0\x9f\x98\x80").substr(0, 1));
   CSpatialiteHandler::ResetStatement(nullptr);  // ignored
   CTempDir dir;
   CSpatialiteHandler handler;
