@@ -116,8 +116,7 @@ class EngineTest : public ::testing::Test {
   std::unique_ptr<CLogWaiter> log_;
 };
 
-// A model whose passes may read their features as a model without a walk of its own does: the
-// extent walk, then one link read per feature.
+// A model whose passes may take the default walk: the extent walk, then one link read a feature.
 struct SwitchableWalkModel : CSpatialiteDBDataModel {
   bool TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor, const CGeometryData& ring,
                                    int limit) override {
@@ -402,9 +401,8 @@ TEST_F(CalculatorlessEngineTest, EverythingIsVisibleWithDrawValueZero) {
   }
 }
 
-// Features checked, unchecked, with two status ids, with the order row at another shape row's row
-// id, in a hidden layer, and in a GIS layer (no status or order rows: equal keys): the model's
-// walk of the view gives them what the default walk gives them.
+// Features checked, unchecked, with two status ids, with the order row at another feature's row
+// id, hidden by their layer, in a GIS layer (no status or order rows): both walks rank them alike.
 TEST_F(LinkWalkEngineTest, TheModelsWalkAcceptsAndRanksAsTheDefaultWalk) {
   Populate(2, 1, 5.5);
   HideLayer();
