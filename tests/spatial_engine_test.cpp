@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 
 #include "AnnotationEntity.h"
@@ -15,11 +16,13 @@
 #include "EngineProbes.h"
 #include "EntityAssignPool.h"
 #include "EntityRecord.h"
+#include "FeatureBatchImporter.h"
 #include "IAnnotationLayerModule.h"
 #include "LayerOption.h"
 #include "NodeCacheCalculator.h"
 #include "PointGrid.h"
 #include "SpatialiteDBDataModel.h"
+#include "SqlStatement.h"
 #include "Task.h"
 #include "TestDatabase.h"
 #include "TextConversion.h"
@@ -113,9 +116,24 @@ class EngineTest : public ::testing::Test {
   std::unique_ptr<CLogWaiter> log_;
 };
 
+// A model whose passes may take the default walk: the extent walk, then one link read a feature.
+struct SwitchableWalkModel : CSpatialiteDBDataModel {
+  bool TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor, const CGeometryData& ring,
+                                   int limit) override {
+    return defaultWalk ? IAnnotationDBDataModel::TravelFeatureLinksViaExtent(visitor, ring, limit)
+                       : CSpatialiteDBDataModel::TravelFeatureLinksViaExtent(visitor, ring, limit);
+  }
+  std::atomic<bool> defaultWalk{false};
+};
+
 class CalculatorlessEngineTest : public EngineTest {
  protected:
   void SetUp() override { SetUpWith(std::make_unique<CalculatorlessModel>()); }
+};
+
+class LinkWalkEngineTest : public EngineTest {
+ protected:
+  void SetUp() override { SetUpWith(std::make_unique<SwitchableWalkModel>()); }
 };
 
 }  // namespace
@@ -381,4 +399,45 @@ TEST_F(CalculatorlessEngineTest, EverythingIsVisibleWithDrawValueZero) {
     EXPECT_EQ(0, drawable.display.zValue);
     EXPECT_TRUE(drawable.display.visible);
   }
+}
+
+// Features checked, unchecked, with two status ids, with the order row at another feature's row
+// id, hidden by their layer, in a GIS layer (no status or order rows): both walks rank them alike.
+TEST_F(LinkWalkEngineTest, TheModelsWalkAcceptsAndRanksAsTheDefaultWalk) {
+  Populate(2, 1, 5.5);
+  HideLayer();
+  const std::vector<std::string> grid = Populate(4, 3);
+  CTreeBuilder tree(model_.get());
+  CFeatureBatchImporter importer(model_.get(), tree.AddLayer(folder_, "gis", LAYER_TYPE_GIS_POINT));
+  ASSERT_TRUE(importer.BeginImport());
+  for (double x : {8.5, 9.5}) {
+    CAnnotationFeature point(GEOMETRY_DATA_TYPE_POINT);
+    point.AddPart(CGeometryData({CVector3D(x, 0.5, 0)}));
+    ASSERT_TRUE(importer.InsertFeature(&point));
+  }
+  ASSERT_TRUE(importer.EndImport());
+  const std::string edit = "UPDATE shape_status SET value = 0 WHERE id = (SELECT MAX(id) FROM "
+                           "shape_status); UPDATE shape SET index_id = index_id || ',' || substr("
+                           "index_id, 3) WHERE uuid = '" + grid[1] + "'; UPDATE shape_order SET "
+                           "ROWID = (SELECT MAX(ROWID) FROM shape) WHERE uuid = '" + grid[2] + "'";
+  ASSERT_EQ(SQLITE_OK, sqlite3_exec(model_->GetConnection(), edit.c_str(), nullptr, nullptr, 0));
+  std::vector<std::string> all;
+  for (CSqlStatement rows(model_->GetConnection(), "SELECT uuid FROM shape", ""); rows.StepRow();)
+    all.push_back(rows.ColumnText(0, false));
+  ASSERT_TRUE(engine_->Start());
+  auto pass = [&](bool defaultWalk, int number) {
+    static_cast<SwitchableWalkModel*>(model_.get())->defaultWalk = defaultWalk;
+    engine_->ResetAll();
+    engine_->OnUpdateRange(MakeExtent(0, 0, 10, 3));
+    EXPECT_TRUE(WaitPasses(number));
+    std::vector<int> z;  // -1: no record
+    for (const std::string& uuid : all) {
+      std::shared_ptr<CEntityRecord> record = engine_->GetPool()->FindRecord(uuid);
+      z.push_back(record ? record->GetAttribute().GetZValue() : -1);
+    }
+    return z;
+  };
+  const std::vector<int> own = pass(false, 1);
+  EXPECT_EQ(13, all.size() - std::count(own.begin(), own.end(), -1));
+  EXPECT_EQ(own, pass(true, 2));
 }

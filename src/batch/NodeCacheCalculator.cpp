@@ -179,18 +179,7 @@ CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uu
   }
   IAnnotationDBDataModel::FeatureLink link;
   if (model_->QueryFeatureLink(uuid, link, order != nullptr)) {
-    if (type != nullptr) *type = static_cast<E_ANNOTATION_TYPE>(link.type);
-    if (!link.checked) {
-      accumulator.SetVisible(false);
-      return accumulator;
-    }
-    Inherited inherited = InheritedFrom(link.parentUuid);
-    if (order != nullptr && inherited.attribute.IsVisible()) {
-      CNodeOrder key(std::move(inherited.orders));
-      key.PushBack(link.orderNum);
-      *order = std::move(key);
-    }
-    return inherited.attribute;
+    return GetVisibleLinkOrder(link, order, type);
   }
   // Folders and layers, and models that cannot read a feature's link in one go.
   if (!model_->IsNodeVisible(uuid)) {
@@ -211,6 +200,23 @@ CNodeAttribute CNodeCacheCalculator::GetVisibleEntityOrder(const std::string& uu
     *order = std::move(key);
   }
   return accumulator;
+}
+
+CNodeAttribute CNodeCacheCalculator::GetVisibleLinkOrder(
+    const IAnnotationDBDataModel::FeatureLink& link, CNodeOrder* order, E_ANNOTATION_TYPE* type) {
+  if (type != nullptr) *type = static_cast<E_ANNOTATION_TYPE>(link.type);
+  if (!link.checked) {
+    CNodeAttribute hidden;
+    hidden.SetVisible(false);
+    return hidden;
+  }
+  Inherited inherited = InheritedFrom(link.parentUuid);
+  if (order != nullptr && inherited.attribute.IsVisible()) {
+    CNodeOrder key(std::move(inherited.orders));
+    key.PushBack(link.orderNum);
+    *order = std::move(key);
+  }
+  return inherited.attribute;
 }
 
 void CNodeCacheCalculator::OnRunTask() {

@@ -29,13 +29,13 @@
 
 #include "AnnotationLayerExport.h"
 #include "AnnotationLayerTypes.h"
+#include "IAnnotationDBDataModel.h"
 #include "IAnnotationDBObjectVisitor.h"
 #include "NodeAttribute.h"
 #include "NodeOrder.h"
 #include "Task.h"
 
 class CCriticalLock;
-class IAnnotationDBDataModel;
 
 class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
                                                     public IAnnotationDBObjectVisitor {
@@ -80,6 +80,10 @@ class ANNOTATIONLAYER_EXPORT CNodeCacheCalculator : public CTask,
   // link in one go).
   CNodeAttribute GetVisibleEntityOrder(const std::string& uuid, CNodeOrder* order,
                                        E_ANNOTATION_TYPE* type = nullptr);
+  // GetVisibleEntityOrder of a feature whose link the caller has read already (with its order
+  // number when `order` is given); `type` always receives the link's type.
+  CNodeAttribute GetVisibleLinkOrder(const IAnnotationDBDataModel::FeatureLink& link,
+                                     CNodeOrder* order, E_ANNOTATION_TYPE* type = nullptr);
   // The number of cached folders and layers.
   int GetCacheCount() const;
 

@@ -182,6 +182,46 @@ class ANNOTATIONLAYER_EXPORT IAnnotationDBDataModel : public IObject {
     (void)uuid, (void)link, (void)withOrder;
     return false;
   }
+
+  // Receives the features of TravelFeatureLinksViaExtent.
+  class IFeatureLinkVisitor {
+   public:
+    virtual ~IFeatureLinkVisitor() = default;
+    // One feature with its link (name left empty), or a null link when the model could not read
+    // it in one go; answers as IAnnotationDBObjectVisitor::ApplyFeature does, 2 ending the walk.
+    virtual IAnnotationDBObjectVisitor::E_HANDLE_TYPE ApplyFeatureLink(const std::string& uuid,
+                                                                       const FeatureLink* link) = 0;
+    // True when the visitor wants the walk to end; asked between features.
+    virtual bool IsAborted() { return false; }
+  };
+  // The features the polygon form of TravelViaExtent visits, in its order, each handed over with
+  // its link (order number included), for callers that need the link of every feature of a view.
+  // This default walks TravelViaExtent and asks QueryFeatureLink for each feature. False when the
+  // walk could not run. (Defined here, as every operation of the interface is, so that a host
+  // that only includes this header needs nothing of the module's library.)
+  virtual bool TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor, const CGeometryData& ring,
+                                           int limit) {
+    class CLinkReader : public IAnnotationDBObjectVisitor {
+     public:
+      CLinkReader(IAnnotationDBDataModel* model, IFeatureLinkVisitor* visitor)
+          : model_(model), visitor_(visitor) {}
+      E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel*, const std::list<std::string>&,
+                                 const std::string& uuid, const CFeatureOption&) override {
+        FeatureLink link;
+        const bool read = model_->QueryFeatureLink(uuid, link, true);
+        return visitor_->ApplyFeatureLink(uuid, read ? &link : nullptr);
+      }
+      bool IsOnlyUUID() override { return true; }
+      bool IsAborted() override { return visitor_->IsAborted(); }
+
+     private:
+      IAnnotationDBDataModel* model_;
+      IFeatureLinkVisitor* visitor_;
+    };
+    if (visitor == nullptr) return false;
+    CLinkReader reader(this, visitor);
+    return TravelViaExtent(&reader, ring, limit);
+  }
 };
 
 #endif  // ANNOTATIONLAYER_IANNOTATION_DB_DATA_MODEL_H

@@ -13,6 +13,7 @@
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "IAnnotationDBDataModel.h"
@@ -86,6 +87,8 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   std::string QueryChildByOrder(const std::string& parentUuid, int index, bool& isLayer) override;
   E_NODE_KIND QueryNodeKind(const std::string& uuid) override;
   bool QueryFeatureLink(const std::string& uuid, FeatureLink& link, bool withOrder) override;
+  bool TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor, const CGeometryData& ring,
+                                   int limit) override;
 
   CFolderOption QueryFolderOption(const std::string& uuid) override;
   CLayerOption QueryLayerOption(const std::string& uuid) override;
@@ -236,6 +239,11 @@ class CSpatialiteDBDataModel : public IAnnotationDBDataModel {
   // Runs a statement whose first column is a feature uuid and visits each row's feature.
   bool VisitFeatureRows(IAnnotationDBObjectVisitor* visitor, const std::string& sql,
                         const std::string& tag);
+  // A feature's checked state from its index array text into `checked`; false when a statement
+  // failed. `joined`, when given, is a status id and the value of its type-1 row (0 without one)
+  // that a statement has read already; it is used when it is the array's only status id.
+  bool ReadFeatureChecked(const std::string& indexText, const std::pair<int64_t, int64_t>* joined,
+                          bool& checked);
   // The first column of the first row of `sql` as text; "" when there is none.
   std::string QueryFirstText(const std::string& sql, const std::string& tag);
   // The first column of the first row of `sql` as an integer; `fallback` when there is none.

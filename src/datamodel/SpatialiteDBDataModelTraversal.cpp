@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <unordered_set>
 
 #include "AnnotationLayerNS.h"
@@ -312,11 +313,17 @@ bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor
   return VisitFeatureRows(visitor, sql, "[TravelViaExtent]:");
 }
 
-bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor,
-                                             const CGeometryData& ring, int limit) {
-  if (db_ == nullptr || visitor == nullptr) return false;
+namespace {
+
+// What the polygon walks take of a ring: its bounds and its coordinates as WKT text.
+struct SRingText {
+  double minX = 0, minY = 0, maxX = 0, maxY = 0;
+  std::string coordinates;
+};
+
+bool ReadRing(const CGeometryData& ring, const char* tag, SRingText& text) {
   if (ring.GetSize() < 3) {
-    ZuLogError(-1) << "[TravelViaExtent]:" << "a polygon needs at least three vertices";
+    ZuLogError(-1) << tag << "a polygon needs at least three vertices";
     return false;
   }
   double minX = ring.At(0).X(), maxX = minX, minY = ring.At(0).Y(), maxY = minY;
@@ -336,6 +343,28 @@ bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor
   if (first.X() != last.X() || first.Y() != last.Y()) {
     coordinates += ", " + FormatDouble(first.X()) + " " + FormatDouble(first.Y());
   }
+  text.minX = minX;
+  text.minY = minY;
+  text.maxX = maxX;
+  text.maxY = maxY;
+  text.coordinates = std::move(coordinates);
+  return true;
+}
+
+// A bound as the text form of a statement gives it to SQLite: with 14 significant digits.
+double AsSpliced(double value) {
+  return std::strtod(FormatDouble(value).c_str(), nullptr);
+}
+
+}  // namespace
+
+bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor,
+                                             const CGeometryData& ring, int limit) {
+  if (db_ == nullptr || visitor == nullptr) return false;
+  SRingText text;
+  if (!ReadRing(ring, "[TravelViaExtent]:", text)) return false;
+  const double minX = text.minX, minY = text.minY, maxX = text.maxX, maxY = text.maxY;
+  const std::string& coordinates = text.coordinates;
   const std::string sql = std::string("SELECT uuid FROM shape WHERE") + " " +
                           "ROWID IN(SELECT pkid FROM idx_shape_geom WHERE" + " " + "(xmin <" +
                           " " + FormatDouble(maxX) + " AND" + " xmax >" + " " +
@@ -344,6 +373,63 @@ bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor
                           " AND MbrIntersects(GeomFromText('POLYGON((" + coordinates +
                           "))'), geom)" + " limit" + " " + LimitText(limit);
   return VisitFeatureRows(visitor, sql, "[TravelViaExtent]:");
+}
+
+// The polygon walk above with each feature's link read in the same statement: a pass of the
+// spatial engine wants the link of every feature of a view. The shape rows come first (a LEFT JOIN
+// keeps its left table outside), so the rows keep the polygon walk's selection and order.
+// Uuids are random, so a lookup by uuid touches an index page that no other feature of the view
+// shares; at a million features those pages were most of a pass. The importer and the inserts
+// write a feature's shape and order rows together, so in a file filled that way the order row has
+// the shape row's row id: it is looked up there first, by row id and checked by uuid, and by uuid
+// only when that misses (features of GIS layers have no order row and shift the pairing). The status row is joined by its id, taken from the usual index array ("s:<id>" at its
+// start); the array is still parsed, and read as QueryFeatureLink reads it whenever it holds
+// another status id or several.
+bool CSpatialiteDBDataModel::TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor,
+                                                         const CGeometryData& ring, int limit) {
+  if (db_ == nullptr || visitor == nullptr) return false;
+  const char* tag = "[TravelFeatureLinksViaExtent]:";
+  SRingText text;
+  if (!ReadRing(ring, tag, text)) return false;
+  const std::string statusId =
+      "CASE WHEN substr(shape.index_id, 1, 2) = 's:' THEN CAST(substr(shape.index_id, 3) AS "
+      "INTEGER) END";
+  CSqlStatement rows(
+      db_,
+      "SELECT shape.uuid, shape.puuid, shape.index_id, shape.type, CASE WHEN paired.uuid IS NOT "
+      "NULL THEN paired.order_num ELSE (SELECT order_num FROM shape_order WHERE uuid = "
+      "shape.uuid) END, " +
+          statusId +
+          ", shape_status.value FROM shape LEFT JOIN shape_order AS paired ON paired.ROWID = "
+          "shape.ROWID AND paired.uuid = shape.uuid LEFT JOIN shape_status ON shape_status.id = " +
+          statusId +
+          " AND shape_status.type = 1 WHERE shape.ROWID IN(SELECT pkid FROM idx_shape_geom WHERE "
+          "(xmin < ? AND xmax > ?) AND (ymin < ? AND ymax > ?)) AND MbrIntersects(GeomFromText(?), "
+          "shape.geom) LIMIT ?",
+      tag);
+  if (!rows.IsValid()) return false;
+  rows.BindDouble(1, AsSpliced(text.maxX));
+  rows.BindDouble(2, AsSpliced(text.minX));
+  rows.BindDouble(3, AsSpliced(text.maxY));
+  rows.BindDouble(4, AsSpliced(text.minY));
+  rows.BindText(5, "POLYGON((" + text.coordinates + "))", false);
+  rows.BindInt(6, limit < 0 ? -1 : limit);
+  FeatureLink link;
+  while (rows.StepRow()) {
+    const std::string uuid = rows.ColumnText(0, false);
+    link.parentUuid = rows.ColumnText(1, false);
+    link.type = rows.ColumnIsNull(3) ? ANNOTATION_TYPE_UNKNOWN : rows.ColumnInt(3);
+    link.orderNum = rows.ColumnIsNull(4) ? -1 : rows.ColumnInt(4);
+    std::pair<int64_t, int64_t> joined(rows.ColumnInt64(5),
+                                       rows.ColumnIsNull(6) ? 0 : rows.ColumnInt64(6));
+    const FeatureLink* read = &link;
+    if (!ReadFeatureChecked(rows.ColumnText(2, false), rows.ColumnIsNull(5) ? nullptr : &joined,
+                            link.checked)) {
+      read = nullptr;
+    }
+    if (visitor->ApplyFeatureLink(uuid, read) == kStop || visitor->IsAborted()) break;
+  }
+  return true;
 }
 
 bool CSpatialiteDBDataModel::TravelViaSQL(IAnnotationDBObjectVisitor* visitor, E_NODE_KIND kind,
@@ -605,12 +691,20 @@ bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, FeatureLi
   link.name = row->ColumnText(2, true);
   link.type = row->ColumnIsNull(3) ? ANNOTATION_TYPE_UNKNOWN : row->ColumnInt(3);
   link.orderNum = !withOrder || row->ColumnIsNull(4) ? -1 : row->ColumnInt(4);
-  CFeatureOption indexes(uuid);
-  indexes.SetIndexArrayString(row->ColumnText(1, false));
+  return ReadFeatureChecked(row->ColumnText(1, false), nullptr, link.checked);
+}
+
+bool CSpatialiteDBDataModel::ReadFeatureChecked(const std::string& indexText,
+                                                const std::pair<int64_t, int64_t>* joined,
+                                                bool& checked) {
+  CFeatureOption indexes;
+  indexes.SetIndexArrayString(indexText);
   const std::vector<int64_t> ids = indexes.GetIndexStatus();
   // As in IsNodeVisible: a feature without a status row of its own (in a GIS layer) is checked.
   int64_t status = NODE_STATUS_CHECKED;
-  if (ids.size() == 1) {
+  if (ids.size() == 1 && joined != nullptr && joined->first == ids.front()) {
+    status = joined->second;
+  } else if (ids.size() == 1) {
     CCachedStatement one = statements_->Get(
         db_, "SELECT value FROM shape_status WHERE id = ? AND type = 1", "[QueryFeatureLink]:");
     if (!one) return false;
@@ -621,7 +715,7 @@ bool CSpatialiteDBDataModel::QueryFeatureLink(const std::string& uuid, FeatureLi
                                AnnotationLayerInner::JoinIds(ids) + ")" + " AND type = 1",
                            "[IsNodeVisible]:", 0);
   }
-  link.checked = (status & NODE_STATUS_CHECKED) != 0;
+  checked = (status & NODE_STATUS_CHECKED) != 0;
   return true;
 }
 

@@ -61,6 +61,21 @@ void ReleaseTask(std::unique_ptr<CTaskEx>* task) {
 
 }  // namespace
 
+// Hands the features of a pass's extent walk, with their links, to the engine's feature visit.
+class CAnnotationSpatialEngine::CPassLinkVisitor
+    : public IAnnotationDBDataModel::IFeatureLinkVisitor {
+ public:
+  explicit CPassLinkVisitor(CAnnotationSpatialEngine* engine) : engine_(engine) {}
+  E_HANDLE_TYPE ApplyFeatureLink(const std::string& uuid,
+                                 const IAnnotationDBDataModel::FeatureLink* link) override {
+    return engine_->VisitPassFeature(uuid, link);
+  }
+  bool IsAborted() override { return engine_->IsAborted(); }
+
+ private:
+  CAnnotationSpatialEngine* engine_;
+};
+
 CAnnotationSpatialEngine::CAnnotationSpatialEngine()
     : pendingLock_(new CCriticalLock), excludedLock_(new CCriticalLock) {
   for (std::atomic<double>& value : range_) value.store(0.0, std::memory_order_relaxed);
@@ -316,7 +331,9 @@ bool CAnnotationSpatialEngine::RunTraversalStep() {
 
   // The polygon form finds every feature whose box meets the view, also those reaching beyond it
   // (a country with islands outside the view); the rectangle form would keep only boxes inside.
-  dataModel_->TravelViaExtent(this, AnnotationLayerNS::ExtentRing(range), -1);
+  // Each feature comes with its link, read in the walk's own statement where the model can.
+  CPassLinkVisitor links(this);
+  dataModel_->TravelFeatureLinksViaExtent(&links, AnnotationLayerNS::ExtentRing(range), -1);
 
   // The lowest key gets the largest draw value, the last one 1.
   int z = passOrder_.Size();
@@ -359,8 +376,13 @@ bool CAnnotationSpatialEngine::BeginPass(EXTENT* range) {
 }
 
 IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature(
-    IAnnotationDBDataModel* model, const std::list<std::string>& path, const std::string& uuid,
-    const CFeatureOption& option) {
+    IAnnotationDBDataModel*, const std::list<std::string>&, const std::string& uuid,
+    const CFeatureOption&) {
+  return VisitPassFeature(uuid, nullptr);
+}
+
+IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::VisitPassFeature(
+    const std::string& uuid, const IAnnotationDBDataModel::FeatureLink* link) {
   // Answering "stop" ends the extent walk; it is the answer once the pass is to be cut short.
   auto goOn = [this] {
     return abortPass_.load(std::memory_order_relaxed) ? HANDLE_TYPE_STOP : HANDLE_TYPE_CONTINUE;
@@ -373,8 +395,11 @@ IAnnotationDBObjectVisitor::E_HANDLE_TYPE CAnnotationSpatialEngine::ApplyFeature
   E_ANNOTATION_TYPE type = ANNOTATION_TYPE_UNKNOWN;
   if (passCalculator_ != nullptr) {
     // Visibility, order key and, from the same read of the feature's row, its type.
-    attribute = passCalculator_->GetVisibleEntityOrder(uuid, &order, &type);
+    attribute = link != nullptr ? passCalculator_->GetVisibleLinkOrder(*link, &order, &type)
+                                : passCalculator_->GetVisibleEntityOrder(uuid, &order, &type);
     if (!attribute.IsVisible()) return goOn();
+  } else if (link != nullptr) {
+    type = static_cast<E_ANNOTATION_TYPE>(link->type);
   }
   std::shared_ptr<CEntityRecord> record = pool_->AcquireRecord(uuid);
   if (!record) return HANDLE_TYPE_CONTINUE;

@@ -36,6 +36,7 @@
 #include <utility>
 #include <vector>
 
+#include "IAnnotationDBDataModel.h"
 #include "IAnnotationDBObjectVisitor.h"
 #include "IAnnotationSpatialEngine.h"
 #include "PassOrder.h"
@@ -101,7 +102,8 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
  protected:
   // The body of all nine threads; the traversal thread is told apart by its task.
   void OnRunTaskEx(CTaskEx* task) override;
-  // The feature visit of a pass. Answers 2 (stop the walk) once the pass is to end.
+  // The feature visit of a pass, for walks that hand no link. Answers 2 (stop the walk) once the
+  // pass is to end.
   E_HANDLE_TYPE ApplyFeature(IAnnotationDBDataModel* model, const std::list<std::string>& path,
                              const std::string& uuid, const CFeatureOption& option) override;
   bool IsOnlyUUID() override { return true; }
@@ -109,6 +111,11 @@ class CAnnotationSpatialEngine : public IAnnotationSpatialEngine,
   bool IsAborted() override;
 
  private:
+  class CPassLinkVisitor;
+  // The feature visit of a pass; `link` is the feature's as the walk read it, or null when the
+  // walk read none (the calculator then reads it).
+  E_HANDLE_TYPE VisitPassFeature(const std::string& uuid,
+                                 const IAnnotationDBDataModel::FeatureLink* link);
   // One pass over the current range; false when none was due.
   bool RunTraversalStep();
   // Clears the abort flag, takes the pending changes and the range to walk; false when a reset
