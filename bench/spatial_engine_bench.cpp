@@ -60,7 +60,8 @@ EXTENT GridView(int c0, int r0, int columns, int rows) {
 
 // The raw R*Tree query of the rectangle on a plain connection: the uuids of the features whose
 // index box lies inside it. Returns the best of `runs` timings.
-double RawQuery(const std::string& path, const EXTENT& view, int runs, std::set<std::string>* uuids) {
+double RawQuery(const std::string& path, const EXTENT& view, int runs,
+                std::set<std::string>* uuids) {
   sqlite3* db = nullptr;
   sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
   const char* sql =

@@ -121,7 +121,8 @@ TEST_P(RoundTrip, ImportOfAnExportGivesBackTheSameFeatures) {
   EXPECT_EQ(imported.out.rfind("imported 40 features into 1 layer", 0), 0u) << imported.out;
 
   const std::vector<StoredFeature> original = ReadLayer(first, LayerUuid(first, "points"));
-  std::vector<StoredFeature> again = ReadLayer(second, QueryScalar(second, "SELECT uuid FROM layer"));
+  std::vector<StoredFeature> again =
+      ReadLayer(second, QueryScalar(second, "SELECT uuid FROM layer"));
   ASSERT_EQ(original.size(), 40u);
   ASSERT_EQ(again.size(), original.size());
   // FlatGeobuf writes features in the order of its spatial index: compare by name.
@@ -131,7 +132,8 @@ TEST_P(RoundTrip, ImportOfAnExportGivesBackTheSameFeatures) {
   std::sort(again.begin(), again.end(), byName);
   for (size_t i = 0; i < original.size(); ++i) {
     StoredFeature expected = sortedOriginal[i];
-    if (GetParam().boolsAsIntegers) expected.fields["flag"] = QVariant(expected.fields["flag"].toInt());
+    if (GetParam().boolsAsIntegers)
+      expected.fields["flag"] = QVariant(expected.fields["flag"].toInt());
     EXPECT_TRUE(again[i] == expected) << Describe(expected) << "\n" << Describe(again[i]);
   }
 }

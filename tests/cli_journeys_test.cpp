@@ -167,13 +167,16 @@ TEST_F(CliJourneysTest, KmlStylesStayWithTheirFeatures) {
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.feature);
-    const Json::Value style = Json({"info", db_, Find(tree, c.feature)["uuid"].asString()})["style"];
+    const Json::Value style =
+        Json({"info", db_, Find(tree, c.feature)["uuid"].asString()})["style"];
     EXPECT_EQ(style[c.style][c.key].asString(), c.colour) << style;
   }
-  EXPECT_TRUE(Json({"info", db_, Find(tree, "plain")["uuid"].asString()})["style"]["brush"].isNull());
+  EXPECT_TRUE(
+      Json({"info", db_, Find(tree, "plain")["uuid"].asString()})["style"]["brush"].isNull());
   // The park's fill survives the way out to KML (GDAL's plain KML writer would drop it).
   const std::string out = dir_.File("out.kml");
-  const CProcessResult exported = RunTool({"export", db_, Find(tree, "roads")["uuid"].asString(), out});
+  const CProcessResult exported =
+      RunTool({"export", db_, Find(tree, "roads")["uuid"].asString(), out});
   ASSERT_EQ(exported.exitCode, 0) << exported.err;
   EXPECT_NE(ReadFileBytes(out).find("<color>ff00ff00</color>"), std::string::npos);
 }
@@ -189,13 +192,13 @@ TEST_F(CliJourneysTest, QueryListsWhatMeetsTheRectangleEdgesIncluded) {
            R"("},"geometry":)" + geometry + "}";
   };
   ASSERT_TRUE(WriteFileBytes(
-      source, R"({"type":"FeatureCollection","features":[)" +
-                  feature("edge", R"({"type":"Point","coordinates":[4,2]})") + "," +
-                  feature("inside", R"({"type":"Point","coordinates":[1,1]})") + "," +
-                  feature("outside", R"({"type":"Point","coordinates":[5,1]})") + "," +
-                  feature("passing", R"({"type":"LineString","coordinates":[[3.5,3.5],[5,2.9]]})") +
-                  "," + feature("crossing", R"({"type":"LineString","coordinates":[[2,2],[9,9]]})") +
-                  "]}"));
+      source,
+      R"({"type":"FeatureCollection","features":[)" +
+          feature("edge", R"({"type":"Point","coordinates":[4,2]})") + "," +
+          feature("inside", R"({"type":"Point","coordinates":[1,1]})") + "," +
+          feature("outside", R"({"type":"Point","coordinates":[5,1]})") + "," +
+          feature("passing", R"({"type":"LineString","coordinates":[[3.5,3.5],[5,2.9]]})") + "," +
+          feature("crossing", R"({"type":"LineString","coordinates":[[2,2],[9,9]]})") + "]}"));
   ASSERT_EQ(RunTool({"import", db_, source}).exitCode, 0);
   std::set<std::string> names;
   for (const Json::Value& found : Json({"query", db_, "--extent", "0,0,4,3"})) {

@@ -42,7 +42,8 @@ class CliRenderTest : public CCliDatabaseTest {
     layer.fields = {{"name", OFTString}, {"OGR_STYLE", OFTString}};
     layer.rows = {
         // A red square with a blue outline, without a name.
-        {"POLYGON ((10 10,20 10,20 20,10 20,10 10))", {"", "BRUSH(fc:#FF0000);PEN(c:#0000FF,w:2px)"}},
+        {"POLYGON ((10 10,20 10,20 20,10 20,10 10))",
+         {"", "BRUSH(fc:#FF0000);PEN(c:#0000FF,w:2px)"}},
         // A point drawn with the icon.
         {"POINT (-30 -30)", {"", "SYMBOL(id:\"" + icon_ + "\")"}},
         // A named point: a dot and its name beside it.

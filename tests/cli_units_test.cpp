@@ -230,9 +230,11 @@ TEST(FieldConverter, GivesTypedValues) {
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 1), QVariant(true));
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 2), QVariant(qlonglong(12345678901LL)));
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 3), QVariant(2.5));
-    EXPECT_EQ(CFieldConverter::ToVariant(feature, 4), QVariant(QString::fromUtf8("\xE5\x8C\x97\xE4\xBA\xAC")));
+    EXPECT_EQ(CFieldConverter::ToVariant(feature, 4),
+              QVariant(QString::fromUtf8("\xE5\x8C\x97\xE4\xBA\xAC")));
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 5), QVariant(QString("2024-02-29")));
-    EXPECT_EQ(CFieldConverter::ToVariant(feature, 6), QVariant(QString("2024-02-29T13:05:09.500Z")));
+    EXPECT_EQ(CFieldConverter::ToVariant(feature, 6),
+              QVariant(QString("2024-02-29T13:05:09.500Z")));
     EXPECT_FALSE(CFieldConverter::ToVariant(feature, 7).isValid());
     EXPECT_EQ(CFieldConverter::ToVariant(feature, 8), QVariant(QString("(3:1,2,3)")));
   }

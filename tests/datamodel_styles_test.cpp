@@ -292,7 +292,8 @@ TEST(FieldValueTextTest, TypedColumnsRoundTripAndUnreadableTextWarns) {
   const QString chinese = QString::fromUtf8("\xe6\xb3\xa8\xe8\xae\xb0");
   EXPECT_EQ("\xe6\xb3\xa8\xe8\xae\xb0",
             FieldValueToColumn(FIELD_OFST_TYPE_TEXT, QByteArray(Utf8ToLocal("注记").c_str())));
-  EXPECT_EQ(QVariant(chinese), FieldValueFromColumn(FIELD_OFST_TYPE_TEXT, "\xe6\xb3\xa8\xe8\xae\xb0"));
+  EXPECT_EQ(QVariant(chinese),
+            FieldValueFromColumn(FIELD_OFST_TYPE_TEXT, "\xe6\xb3\xa8\xe8\xae\xb0"));
   // Untyped text that GBK holds stays readable.
   EXPECT_EQ("wstring:\xe6\xb3\xa8", FieldValueToColumn(FIELD_OFST_TYPE_NONE, chinese.left(1)));
 
@@ -347,7 +348,8 @@ TEST_F(FieldsTest, UserDataOfLayersAndFeatures) {
       {wide, wide},
       {bytes, bytes},
       {QStringList{wide, "x,y"}, QStringList{wide, "x,y"}},
-      {QVariant::fromValue(QByteArrayList{bytes, "z"}), QVariant::fromValue(QByteArrayList{bytes, "z"})},
+      {QVariant::fromValue(QByteArrayList{bytes, "z"}),
+       QVariant::fromValue(QByteArrayList{bytes, "z"})},
       {QVariant::fromValue<int64_t>(-5000000000), QVariant(qlonglong(-5000000000))}};
   CZuFieldSetObject featureData;
   for (size_t i = 0; i < untyped.size(); ++i) {

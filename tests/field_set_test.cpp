@@ -144,7 +144,8 @@ TEST(FieldSetTest, CopiesHaveTheirOwnFieldsAndShareOneLock) {
     unrelatedFinished = onUnrelated.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
     // The copies wait for the traversal to let go of the shared lock.
     copyBlocked = onCopy.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
-    assignedBlocked = onAssigned.wait_for(std::chrono::milliseconds(0)) == std::future_status::timeout;
+    assignedBlocked =
+        onAssigned.wait_for(std::chrono::milliseconds(0)) == std::future_status::timeout;
   });
   source->TravelField(visitor);
   EXPECT_TRUE(unrelatedFinished);

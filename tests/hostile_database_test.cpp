@@ -140,7 +140,8 @@ bool DriveEverything(const std::string& path) {
     model.RemoveField(uuid, "f");
     std::list<CEnclosureOption> enclosures;
     model.QueryEnclosure(uuid, enclosures);
-    for (const CEnclosureOption& enclosure : enclosures) model.QueryEnclosureData(enclosure.GetID());
+    for (const CEnclosureOption& enclosure : enclosures)
+      model.QueryEnclosureData(enclosure.GetID());
     CFeatureStyleSet styles;
     model.QueryStyle(&styles, uuid, false);
     model.IsNodeVisible(uuid);

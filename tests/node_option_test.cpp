@@ -71,10 +71,13 @@ TEST(NodeOptionTest, EachSetterAddsItsBitOnlyOnAChangeSaveTheAlwaysMarkedOnes) {
        }, 3},
   });
   ExpectMasks<CEnclosureOption>({
-      {"id and type", [](CEnclosureOption& e) { e.SetID(7), e.SetEnclosureType(ENCLOSURE_TYPE_LINK); }, 0},
-      {"parent and description", [](CEnclosureOption& e) {
+      {"id and type",
+       [](CEnclosureOption& e) { e.SetID(7), e.SetEnclosureType(ENCLOSURE_TYPE_LINK); }, 0},
+      {"parent and description",
+       [](CEnclosureOption& e) {
          e.SetParentUUID("s"), e.SetDescription("d"), e.SetDescription("d");
-       }, 1 | 512},
+       },
+       1 | 512},
       {"clear an empty path", [](CEnclosureOption& e) { e.ClearPath(); }, 1024},
   });
 

@@ -382,9 +382,10 @@ bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor
 // shares; at a million features those pages were most of a pass. The importer and the inserts
 // write a feature's shape and order rows together, so in a file filled that way the order row has
 // the shape row's row id: it is looked up there first, by row id and checked by uuid, and by uuid
-// only when that misses (features of GIS layers have no order row and shift the pairing). The status row is joined by its id, taken from the usual index array ("s:<id>" at its
-// start); the array is still parsed, and read as QueryFeatureLink reads it whenever it holds
-// another status id or several.
+// only when that misses (features of GIS layers have no order row and shift the pairing). The
+// status row is joined by its id, taken from the usual index array ("s:<id>" at its start); the
+// array is still parsed, and read as QueryFeatureLink reads it whenever it holds another status
+// id or several.
 bool CSpatialiteDBDataModel::TravelFeatureLinksViaExtent(IFeatureLinkVisitor* visitor,
                                                          const CGeometryData& ring, int limit) {
   if (db_ == nullptr || visitor == nullptr) return false;
