@@ -22,6 +22,7 @@
 #include "FeaturePenStyle.h"
 #include "FeatureStyleSet.h"
 #include "FieldValueText.h"
+#include "GeometryParts.h"
 #include "LayerOption.h"
 #include "ModelTest.h"
 #include "NodeCacheCalculator.h"
@@ -38,14 +39,6 @@ using AnnotationLayerInner::FieldValueToColumn;
 using AnnotationLayerInner::Utf8ToLocal;
 
 namespace {
-
-CGeometryData Part(std::initializer_list<CVector3D> vertices) {
-  return CGeometryData(std::vector<CVector3D>(vertices));
-}
-
-CGeometryData Square(double x, double y, double side, double z) {
-  return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
-}
 
 CFeatureStyleSet PenStyle(const QColor& color, double width) {
   CFeatureStyleSet set;

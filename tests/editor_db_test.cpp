@@ -18,6 +18,7 @@
 #include "CacheDirScope.h"
 #include "FeatureLabelStyle.h"
 #include "FeatureStyleSet.h"
+#include "GeometryParts.h"
 #include "NameRecorder.h"
 #include "PointBlob.h"
 #include "SpatialiteEditorDB.h"
@@ -36,10 +37,6 @@ struct KeyPointRow {
   int part = 0;
   CVector3D point;
 };
-
-CGeometryData Part(std::initializer_list<CVector3D> vertices) {
-  return CGeometryData(std::vector<CVector3D>(vertices));
-}
 
 // Three parts: ids 1..4 in part 0, 5..7 in part 1, 8..9 in part 2.
 void FillThreeParts(CAnnotationFeature& feature) {

@@ -16,6 +16,7 @@
 #include "AnnotationFeature.h"
 #include "AnnotationSchema.h"
 #include "GeometryBlob.h"
+#include "GeometryParts.h"
 #include "SpatialiteBlob.h"
 #include "SpatialiteHandler.h"
 #include "SqlStatement.h"
@@ -163,14 +164,6 @@ using Bytes = std::vector<unsigned char>;
 using Parts = std::vector<CGeometryData>;
 
 namespace {
-
-CGeometryData Part(std::initializer_list<CVector3D> vertices) {
-  return CGeometryData(std::vector<CVector3D>(vertices));
-}
-
-CGeometryData Square(double x, double y, double side, double z) {
-  return Part({{x, y, z}, {x + side, y, z}, {x + side, y + side, z}, {x, y + side, z}, {x, y, z}});
-}
 
 Bytes Write(const Parts& parts, int kind) {
   int size = -1;
