@@ -326,28 +326,24 @@ bool ReadRing(const CGeometryData& ring, const char* tag, SRingText& text) {
     ZuLogError(-1) << tag << "a polygon needs at least three vertices";
     return false;
   }
-  double minX = ring.At(0).X(), maxX = minX, minY = ring.At(0).Y(), maxY = minY;
-  std::string coordinates;
+  text.minX = text.maxX = ring.At(0).X();
+  text.minY = text.maxY = ring.At(0).Y();
+  text.coordinates.clear();
   for (int i = 0; i < ring.GetSize(); ++i) {
     const CVector3D& v = ring.At(i);
-    minX = std::min(minX, v.X());
-    maxX = std::max(maxX, v.X());
-    minY = std::min(minY, v.Y());
-    maxY = std::max(maxY, v.Y());
-    if (i > 0) coordinates += ", ";
-    coordinates += FormatDouble(v.X()) + " " + FormatDouble(v.Y());
+    text.minX = std::min(text.minX, v.X());
+    text.maxX = std::max(text.maxX, v.X());
+    text.minY = std::min(text.minY, v.Y());
+    text.maxY = std::max(text.maxY, v.Y());
+    if (i > 0) text.coordinates += ", ";
+    text.coordinates += FormatDouble(v.X()) + " " + FormatDouble(v.Y());
   }
   // WKT rings are closed; the caller's ring may leave that implicit.
   const CVector3D& first = ring.At(0);
   const CVector3D& last = ring.At(ring.GetSize() - 1);
   if (first.X() != last.X() || first.Y() != last.Y()) {
-    coordinates += ", " + FormatDouble(first.X()) + " " + FormatDouble(first.Y());
+    text.coordinates += ", " + FormatDouble(first.X()) + " " + FormatDouble(first.Y());
   }
-  text.minX = minX;
-  text.minY = minY;
-  text.maxX = maxX;
-  text.maxY = maxY;
-  text.coordinates = std::move(coordinates);
   return true;
 }
 
@@ -363,15 +359,13 @@ bool CSpatialiteDBDataModel::TravelViaExtent(IAnnotationDBObjectVisitor* visitor
   if (db_ == nullptr || visitor == nullptr) return false;
   SRingText text;
   if (!ReadRing(ring, "[TravelViaExtent]:", text)) return false;
-  const double minX = text.minX, minY = text.minY, maxX = text.maxX, maxY = text.maxY;
-  const std::string& coordinates = text.coordinates;
-  const std::string sql = std::string("SELECT uuid FROM shape WHERE") + " " +
-                          "ROWID IN(SELECT pkid FROM idx_shape_geom WHERE" + " " + "(xmin <" +
-                          " " + FormatDouble(maxX) + " AND" + " xmax >" + " " +
-                          FormatDouble(minX) + ") AND (" + "ymin <" + " " + FormatDouble(maxY) +
-                          " AND" + " ymax >" + " " + FormatDouble(minY) + "))" +
-                          " AND MbrIntersects(GeomFromText('POLYGON((" + coordinates +
-                          "))'), geom)" + " limit" + " " + LimitText(limit);
+  const std::string sql =
+      std::string("SELECT uuid FROM shape WHERE") + " " +
+      "ROWID IN(SELECT pkid FROM idx_shape_geom WHERE" + " " + "(xmin <" + " " +
+      FormatDouble(text.maxX) + " AND" + " xmax >" + " " + FormatDouble(text.minX) + ") AND (" +
+      "ymin <" + " " + FormatDouble(text.maxY) + " AND" + " ymax >" + " " +
+      FormatDouble(text.minY) + "))" + " AND MbrIntersects(GeomFromText('POLYGON((" +
+      text.coordinates + "))'), geom)" + " limit" + " " + LimitText(limit);
   return VisitFeatureRows(visitor, sql, "[TravelViaExtent]:");
 }
 

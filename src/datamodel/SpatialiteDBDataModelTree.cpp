@@ -8,7 +8,6 @@
 // value; callers rely on that precedence as it is.
 #include <sqlite3.h>
 
-
 #include "FeatureOption.h"
 #include "FolderOption.h"
 #include "LayerOption.h"
